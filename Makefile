@@ -1,0 +1,37 @@
+# Thin wrapper over CMake. `make test` and `make run` install what they need first.
+BUILD    ?= build
+SANITIZE ?= OFF
+JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
+EXE       = $(BUILD)/velmora-heat-monitor
+
+.PHONY: deps configure build test run bench format tidy clean
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_SANITIZE=$(SANITIZE)
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+run: build
+	@if [ -x $(EXE) ]; then $(EXE) $(ARGS); \
+	else echo "velmora-heat-monitor is not built yet: only the libraries and tests exist so far."; fi
+
+bench: deps
+	cmake -S . -B $(BUILD)-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_BENCH=ON
+	cmake --build $(BUILD)-bench -j $(JOBS)
+	@for b in $(BUILD)-bench/bench/*_bench; do [ -x "$$b" ] && "$$b"; done; true
+
+format:
+	find src tests bench -name '*.cpp' -o -name '*.hpp' -o -name '*.mm' | xargs clang-format -i
+
+tidy: configure
+	find src -name '*.cpp' ! -name '*_apple.cpp' | xargs clang-tidy -p $(BUILD) --quiet
+
+clean:
+	rm -rf $(BUILD) $(BUILD)-bench $(BUILD)-asan

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "policy/timestamp.hpp"
+
+namespace velmora {
+
+enum class CState { idle, countdown, fired, grace, done };
+std::string_view rawValue(CState state);
+
+enum class CEventKind { countdownStart, cue, fire, simComplete, cancel, abort, graceEnd, cooled, stale };
+std::string_view rawValue(CEventKind kind);
+
+struct CEvent {
+    CEventKind kind;
+    std::int64_t remaining = 0;  // only countdownStart and cue carry seconds
+    bool operator==(const CEvent&) const = default;
+};
+
+struct CConfig {
+    double countdown;
+    double grace;
+    double stale;  // 0 or less switches the stale rule off
+    bool firedCancel;
+
+    static CConfig production();
+    bool operator==(const CConfig&) const = default;
+};
+
+struct CInput {
+    bool critical;
+    bool calm;
+    bool enabled;
+};
+
+/// The emergency countdown. It only decides: the engine performs the effects of its events,
+/// in the order they are returned.
+class Machine {
+public:
+    Machine(CConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
+
+    std::vector<CEvent> step(Timestamp now, CInput input);
+    /// Throws std::invalid_argument when the configured length is not a finite whole-number
+    /// range: a countdown of unknown length must never start quietly.
+    std::vector<CEvent> startCountdown(Timestamp now);
+    std::vector<CEvent> cancel(Timestamp now);
+    void shutdownFailed(Timestamp now);
+    void reset();
+
+    std::int64_t remaining(Timestamp now) const;
+    std::int64_t remainingMs(Timestamp now) const;
+    double graceLeft(Timestamp now) const;
+
+    CState state = CState::idle;
+    const CConfig cfg;
+    const bool sim;
+    std::optional<Timestamp> last;
+    Timestamp deadline = Timestamp::distantPast();
+    Timestamp graceUntil = Timestamp::distantPast();
+    std::int64_t lastCue = 0;
+    bool cancelled = false;
+
+private:
+    void stepCountdown(Timestamp now, CInput input, bool stale, std::vector<CEvent>& events);
+    void stepGrace(Timestamp now, CInput input, std::vector<CEvent>& events);
+    void appendStart(Timestamp now, std::vector<CEvent>& events);
+};
+
+}  // namespace velmora

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <compare>
+
+namespace velmora {
+
+/// A wall-clock instant: seconds since the Unix epoch, with sub-second precision.
+/// Differences are plain seconds; the distant past stays finite so that subtracting it
+/// from any real instant never overflows.
+struct Timestamp {
+    double secondsSinceEpoch = 0.0;
+
+    static Timestamp now();
+    static constexpr Timestamp fromSeconds(double secs) { return Timestamp{secs}; }
+    /// 0001-01-01T00:00:00Z, the "never" of deadlines that have not been set.
+    static constexpr Timestamp distantPast() { return Timestamp{-62135596800.0}; }
+
+    constexpr auto operator<=>(const Timestamp&) const = default;
+};
+
+/// Seconds from `b` to `a`.
+constexpr double operator-(Timestamp a, Timestamp b) {
+    return a.secondsSinceEpoch - b.secondsSinceEpoch;
+}
+
+constexpr Timestamp operator+(Timestamp t, double seconds) {
+    return Timestamp{t.secondsSinceEpoch + seconds};
+}
+
+constexpr Timestamp operator-(Timestamp t, double seconds) {
+    return Timestamp{t.secondsSinceEpoch - seconds};
+}
+
+}  // namespace velmora
