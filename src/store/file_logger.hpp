@@ -1,0 +1,51 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace velmora {
+
+/// Appends timestamped lines to "heat.log" in the data directory without ever blocking or
+/// failing the caller. One writer thread takes entries in the order they were logged; the file
+/// is opened and closed for each, so a crash loses only what is still queued.
+class FileLogger {
+  public:
+    /// Creates `dir` if needed and, once per launch, deletes a log larger than 1,000,000 bytes.
+    /// Never fails: an unusable directory only means that entries are dropped.
+    explicit FileLogger(const std::filesystem::path& dir);
+    /// Writes every entry still queued, then stops the writer.
+    ~FileLogger();
+
+    FileLogger(const FileLogger&) = delete;
+    FileLogger& operator=(const FileLogger&) = delete;
+    FileLogger(FileLogger&&) = delete;
+    FileLogger& operator=(FileLogger&&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& url() const { return url_; }
+
+    /// Stamps `line` with the current local time on the calling thread and queues it.
+    /// Any thread; returns at once.
+    void log(std::string_view line);
+
+    /// Blocks until every entry logged before this call has been written (or dropped).
+    void drain();
+
+  private:
+    void run();
+
+    std::filesystem::path url_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::condition_variable idle_;
+    std::deque<std::string> queue_;
+    bool writing_ = false;
+    bool stopping_ = false;
+    std::thread writer_;
+};
+
+}  // namespace velmora
