@@ -1,0 +1,152 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "actuators/shutdowner.hpp"
+#include "actuators/sounder.hpp"
+#include "policy/alerter.hpp"
+#include "policy/countdown.hpp"
+#include "policy/sinks.hpp"
+#include "policy/temp_sensor.hpp"
+#include "policy/timestamp.hpp"
+#include "store/marker_store.hpp"
+#include "store/settings_store.hpp"
+
+namespace velmora {
+
+/// The watchdog's heart. Four times a second `tick` reads the temperature, updates the stage
+/// level, runs the real countdown and any simulation, performs the effects of their events
+/// (sounds, marker, shutdown call), and returns the stage page's view. Everything runs on the
+/// owner's main thread; the shutdowner delivers its completions there too, so there are no locks.
+///
+/// The data members are public so that the presentation and tests can read them; only the
+/// engine itself changes them.
+class Engine {
+  public:
+    /// What is known of the permission to shut the machine down.
+    struct PermState {
+        enum class Kind { denied, failed, unknown, granted };
+        Kind kind = Kind::unknown;
+        std::string detail;  // only `denied` and `failed` carry one
+
+        static PermState denied(std::string detail) { return {Kind::denied, std::move(detail)}; }
+        static PermState failed(std::string detail) { return {Kind::failed, std::move(detail)}; }
+        static PermState unknown() { return {Kind::unknown, {}}; }
+        static PermState granted() { return {Kind::granted, {}}; }
+        bool operator==(const PermState&) const = default;
+    };
+
+    /// The "shut down manually" notice after a failed shutdown.
+    struct ManualFail {
+        std::string reason;       // shown to the user
+        bool permission = false;  // the failure was the missing permission
+        bool operator==(const ManualFail&) const = default;
+    };
+
+    /// What the engine is built from. The sensor, shutdowner and sounder are shared with the
+    /// owner, which may keep them too; the stores only hold their file locations.
+    struct Parts {
+        std::shared_ptr<TempSensor> sensor;
+        SettingsStore settings;
+        MarkerStore markers;
+        std::shared_ptr<Shutdowner> shutdowner;
+        std::shared_ptr<Sounder> sounder;
+        Alerter alerter{false};
+        LogSink log;
+    };
+
+    /// Loads and logs the settings and the thresholds, and turns a marker left by the
+    /// previous run's shutdown into the relief notice (clearing the marker).
+    Engine(Parts parts, Timestamp now);
+    ~Engine() = default;
+    // Completions find the engine through a weak handle to `this`; it must never move.
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+    Engine(Engine&&) = delete;
+    Engine& operator=(Engine&&) = delete;
+
+    /// One poll: reads, decides, acts, and returns `view(now)`.
+    nlohmann::json tick(Timestamp now);
+
+    /// The stage page's dictionary, rebuilt on every call.
+    nlohmann::json view(Timestamp now) const;
+    /// `view(now)` serialised as compact JSON text.
+    std::string viewJson(Timestamp now) const;
+    std::string nowText() const;
+    std::string permName() const;
+    std::string permMessage() const;
+
+    // The user's commands. Each logs one "stage-c" line at least.
+    void startSim(Timestamp now);
+    void cancel(Timestamp now);
+    void dismissSim();
+    void dismissRelief();
+    void dismissManual();
+    void dismissPerm();
+    void userShutdownFailed(const ShutdownError& error);
+    /// The consent page's answer; false (and a log line) when the settings could not be saved.
+    bool consent(bool on, Timestamp now);
+    /// The settings page's switch; changing it counts as consent. False when not saved.
+    bool setAuto(bool on, Timestamp now);
+
+    /// Asks the shutdowner whether shutting down is permitted. At most one probe runs at a
+    /// time; a request while one runs is dropped silently. `user` makes the result show even
+    /// after the notice was dismissed.
+    void probePermission(const std::string& reason, bool user);
+    /// Records a failed shutdown for the user: the manual notice and, for a missing
+    /// permission, the permission state.
+    void noteFailure(const ShutdownError& error);
+
+    bool simActive() const { return sim.has_value(); }
+
+    std::shared_ptr<TempSensor> sensor;
+    SettingsStore settings;
+    MarkerStore markers;
+    std::shared_ptr<Shutdowner> sd;
+    std::shared_ptr<Sounder> snd;
+    LogSink log;
+    Settings set;
+    Machine real{CConfig::production(), false};
+    std::optional<Machine> sim;
+    Alerter alerter;
+    double peak = 0;  // °C, highest reading while stage B held
+    std::optional<Relief> relief;
+    std::string errMsg;
+    std::optional<Level> level;
+    std::optional<double> tempC;
+    std::optional<Timestamp> lastB;
+    std::optional<Timestamp> firedAt;
+    CState lastSt = CState::idle;
+    Timestamp lastLog = Timestamp::distantPast();
+    Timestamp simStart = Timestamp::distantPast();
+    Timestamp lastNow;
+    std::int64_t shutdownCalls = 0;
+    PermState perm;
+    bool permDismissed = false;
+    std::optional<ManualFail> manual;
+    bool probing = false;
+
+  private:
+    void handle(const CEvent& event, Timestamp now, bool simulated);
+    void handleReal(const CEvent& event, Timestamp now);
+    void runShutdown(Timestamp now);
+    void onShutdownResult(const std::optional<ShutdownError>& error);
+    void onProbeResult(const AutomationOutcome& outcome);
+    void logStart(Timestamp now);
+    void stepReal(Timestamp now, bool critical, bool calm, bool enabled);
+    void soundStageBAlarm(Timestamp now);
+    void logStateChange(Timestamp now, bool critical, bool enabled);
+    void checkFailsafe(Timestamp now);
+    void stepSimulation(Timestamp now);
+    void emit(const std::string& line) const;
+
+    /// Completions hold this weakly: once the engine is gone they find nothing and do nothing.
+    std::shared_ptr<Engine*> self_ = std::make_shared<Engine*>(this);
+};
+
+}  // namespace velmora
