@@ -28,17 +28,24 @@ struct PlatformTexts {
     std::string_view permissionCheckFailedPrefix;
     std::string_view tipUnplugPower;
     std::string_view tipClearVents;
+    /// How the real permission check is shown in the log, before the quoted probe.
+    std::string_view probeCommand;
+    /// The refusal a dry run pretends, in the words the platform itself would use.
+    std::string_view simulatedDeniedText;
+    /// Names the pretended refusal in the dry run's log lines.
+    std::string_view simulatedDenialName;
 };
 
 inline constexpr PlatformTexts macosTexts{
-    .thermalNote = "macOS reports a thermal state, not °C; Velmora Heat Monitor uses the OS "
-                   "critical state in place of the 100°C line.",
-    .permissionMessage = "Allow Velmora Heat Monitor in System Settings > Privacy & Security > "
-                         "Automation (System Events), or auto-shutdown cannot run.",
+    .thermalNote =
+        "macOS reports a thermal state, not °C; Velmora Heat Monitor uses the OS "
+        "critical state in place of the 100°C line.",
+    .permissionMessage =
+        "Allow Velmora Heat Monitor in System Settings > Privacy & Security > "
+        "Automation (System Events), or auto-shutdown cannot run.",
     .automationPaneURL =
         "x-apple.systempreferences:com.apple.preference.security?Privacy_Automation",
-    .openingPermissionSettingsLog =
-        "ui: opening System Settings > Privacy & Security > Automation",
+    .openingPermissionSettingsLog = "ui: opening System Settings > Privacy & Security > Automation",
     .probeScript = "tell application \"System Events\" to get name",
     .shutdownScript = "tell application \"System Events\" to shut down",
     .shutdownTool = "osascript",
@@ -50,14 +57,20 @@ inline constexpr PlatformTexts macosTexts{
     .permissionCheckFailedPrefix = "Could not check the Automation permission: ",
     .tipUnplugPower = "Unplug power if safe — battery mode runs cooler on many Macs",
     .tipClearVents = "Lift the lid / clear vents; keep Mac on a hard surface",
+    .probeCommand = "osascript -e",
+    .simulatedDeniedText =
+        "execution error: Not authorized to send Apple events to System Events. (-1743)",
+    .simulatedDenialName = "-1743",
 };
 
 inline constexpr PlatformTexts linuxTexts{
-    .thermalNote = "Linux reports no single thermal state, not °C; Velmora Heat Monitor derives "
-                   "one from the kernel's trip points and uses its critical state in place of "
-                   "the 100°C line.",
-    .permissionMessage = "Allow Velmora Heat Monitor to power off this computer (polkit action "
-                         "org.freedesktop.login1.power-off), or auto-shutdown cannot run.",
+    .thermalNote =
+        "Linux reports no single thermal state, not °C; Velmora Heat Monitor derives "
+        "one from the kernel's trip points and uses its critical state in place of "
+        "the 100°C line.",
+    .permissionMessage =
+        "Allow Velmora Heat Monitor to power off this computer (polkit action "
+        "org.freedesktop.login1.power-off), or auto-shutdown cannot run.",
     .automationPaneURL =
         "file:///usr/share/doc/velmora-heat-monitor/examples/50-velmora-heat-monitor.rules",
     .openingPermissionSettingsLog = "ui: opening the polkit power-off rule example",
@@ -73,6 +86,10 @@ inline constexpr PlatformTexts linuxTexts{
     .permissionCheckFailedPrefix = "Could not check the power-off permission: ",
     .tipUnplugPower = "Unplug power if safe — battery mode runs cooler on many laptops",
     .tipClearVents = "Lift the lid / clear vents; keep this computer on a hard surface",
+    .probeCommand = "logind",
+    .simulatedDeniedText = "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired: "
+                           "Interactive authentication required.",
+    .simulatedDenialName = "polkit",
 };
 
 constexpr const PlatformTexts& textsFor(Platform platform) {
@@ -86,6 +103,8 @@ inline constexpr Platform hostPlatform = Platform::linux;
 #endif
 
 /// The running platform's column.
-constexpr const PlatformTexts& texts() { return textsFor(hostPlatform); }
+constexpr const PlatformTexts& texts() {
+    return textsFor(hostPlatform);
+}
 
 }  // namespace velmora
