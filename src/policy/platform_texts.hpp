@@ -34,6 +34,8 @@ struct PlatformTexts {
     std::string_view simulatedDeniedText;
     /// Names the pretended refusal in the dry run's log lines.
     std::string_view simulatedDenialName;
+    /// Where the live dashboard says the thermal state comes from.
+    std::string_view thermalSource;
 };
 
 inline constexpr PlatformTexts macosTexts{
@@ -61,6 +63,7 @@ inline constexpr PlatformTexts macosTexts{
     .simulatedDeniedText =
         "execution error: Not authorized to send Apple events to System Events. (-1743)",
     .simulatedDenialName = "-1743",
+    .thermalSource = "ProcessInfo.thermalState",
 };
 
 inline constexpr PlatformTexts linuxTexts{
@@ -90,6 +93,7 @@ inline constexpr PlatformTexts linuxTexts{
     .simulatedDeniedText = "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired: "
                            "Interactive authentication required.",
     .simulatedDenialName = "polkit",
+    .thermalSource = "derived thermal state",
 };
 
 constexpr const PlatformTexts& textsFor(Platform platform) {
