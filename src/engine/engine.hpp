@@ -11,6 +11,7 @@
 #include "actuators/sounder.hpp"
 #include "policy/alerter.hpp"
 #include "policy/countdown.hpp"
+#include "policy/platform_texts.hpp"
 #include "policy/sinks.hpp"
 #include "policy/temp_sensor.hpp"
 #include "policy/timestamp.hpp"
@@ -58,6 +59,8 @@ class Engine {
         std::shared_ptr<Sounder> sounder;
         Alerter alerter{false};
         LogSink log;
+        /// The wording of texts that name the platform's shutdown mechanism.
+        const PlatformTexts* platformTexts = &texts();
     };
 
     /// Loads and logs the settings and the thresholds, and turns a marker left by the
@@ -135,15 +138,23 @@ class Engine {
     void handle(const CEvent& event, Timestamp now, bool simulated);
     void handleReal(const CEvent& event, Timestamp now);
     void runShutdown(Timestamp now);
-    void onShutdownResult(const std::optional<ShutdownError>& error);
+    void onShutdownFailed(const ShutdownError& error);
     void onProbeResult(const AutomationOutcome& outcome);
-    void logStart(Timestamp now);
+    void logStart();
     void stepReal(Timestamp now, bool critical, bool calm, bool enabled);
     void soundStageBAlarm(Timestamp now);
     void logStateChange(Timestamp now, bool critical, bool enabled);
     void checkFailsafe(Timestamp now);
     void stepSimulation(Timestamp now);
     void emit(const std::string& line) const;
+    std::string thermalWord() const;
+    const Machine& shown() const { return sim ? *sim : real; }
+    /// The real countdown is running or the shutdown was called: the emergency owns the stage.
+    bool realRunning() const {
+        return real.state == CState::countdown || real.state == CState::fired;
+    }
+
+    const PlatformTexts& words_;
 
     /// Completions hold this weakly: once the engine is gone they find nothing and do nothing.
     std::shared_ptr<Engine*> self_ = std::make_shared<Engine*>(this);

@@ -1,0 +1,136 @@
+#include "engine/engine.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+#include "engine/engine_text.hpp"
+#include "policy/constants.hpp"
+
+namespace velmora {
+
+using engine_text::boolText;
+using engine_text::wholeDegrees;
+
+namespace {
+
+std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
+    const std::string promotion =
+        alerter.timedStageB ? "ON" : "OFF: only the OS critical state reaches B";
+    return "stage-c: thresholds: stageA=" + wholeDegrees(SC::extremeC) +
+           "C stageB=" + wholeDegrees(SC::criticalC) +
+           "C (countdown starts immediately at B; timed A->B promotion " + promotion +
+           ") countdown=" + wholeDegrees(SC::countdownLen) +
+           "s grace=" + wholeDegrees(SC::graceLen) +
+           "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
+           ")";
+}
+
+// How often a running countdown is written to the log.
+constexpr double kCountdownLogInterval = 5;
+
+}  // namespace
+
+Engine::Engine(Parts parts, Timestamp now)
+    : sensor(std::move(parts.sensor)),
+      settings(std::move(parts.settings)),
+      markers(std::move(parts.markers)),
+      sd(std::move(parts.shutdowner)),
+      snd(std::move(parts.sounder)),
+      log(std::move(parts.log)),
+      set(settings.load()),
+      alerter(std::move(parts.alerter)),
+      lastNow(now),
+      words_(*parts.platformTexts) {
+    logStart();
+}
+
+void Engine::logStart() {
+    emit("stage-c: settings loaded: autoShutdown=" + boolText(set.autoShutdown) +
+         " consentRecorded=" + boolText(set.consentRecorded) +
+         " enabled=" + boolText(set.enabled()));
+    emit(thresholdsLine(alerter, words_));
+    const auto marker = markers.read();
+    if (!marker) return;
+    markers.clear();
+    relief = Relief{marker->peakC, false};
+    emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
+         wholeDegrees(marker->peakC) + "); showing relief; marker cleared");
+}
+
+nlohmann::json Engine::tick(Timestamp now) {
+    lastNow = now;
+    tempC = sensor ? sensor->readC() : std::nullopt;
+    level = alerter.update(tempC, now);
+    set = settings.load();  // another process may have changed it
+    const bool critical = level == Level::blowout;
+    const bool enabled = set.enabled();
+    const bool calm = level.has_value() && *level <= Level::warm;
+    if (!critical && manual && !realRunning()) {
+        emit("stage-c: manual-shutdown notice cleared (no longer critical)");
+        manual.reset();
+    }
+    if (critical && tempC && *tempC > peak) peak = *tempC;
+    if (!critical && real.state == CState::idle) peak = 0;
+    for (const CEvent& event : real.step(now, CInput{critical, calm, enabled})) {
+        handle(event, now, false);
+    }
+    soundStageBAlarm(now);
+    logStateChange(now, critical, enabled);
+    checkFailsafe(now);
+    stepSimulation(now);
+    return view(now);
+}
+
+void Engine::soundStageBAlarm(Timestamp now) {
+    const bool simCounting = sim && sim->state == CState::countdown;
+    if (level != Level::blowout || realRunning() || simCounting) return;
+    if (lastB && now - *lastB < SC::bAlarmInterval) return;
+    lastB = now;
+    snd->alarm();
+}
+
+void Engine::logStateChange(Timestamp now, bool critical, bool enabled) {
+    if (real.state != lastSt) {
+        emit("stage-c: state " + std::string(rawValue(lastSt)) + " -> " +
+             std::string(rawValue(real.state)) + " (thermal=" +
+             (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + wholeDegrees(tempC) +
+             " level=" + (level ? std::string(label(*level)) : "n/a") +
+             " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
+        lastSt = real.state;
+        return;
+    }
+    if (real.state == CState::countdown && now - lastLog >= kCountdownLogInterval) {
+        lastLog = now;
+        emit("stage-c: countdown remaining=" + std::to_string(real.remaining(now)) +
+             "s peak ladder=" + wholeDegrees(peak));
+    }
+}
+
+void Engine::checkFailsafe(Timestamp now) {
+    if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
+    emit("stage-c: still running " + wholeDegrees(SC::failsafe) +
+         "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
+    markers.clear();
+    real.reset();  // idle, no previous step, no pending cancel; deadlines are left
+    firedAt.reset();
+}
+
+void Engine::stepSimulation(Timestamp now) {
+    if (!sim) return;
+    if (realRunning()) {
+        emit("stage-c: SIMULATION stopped: real countdown took over");
+        sim.reset();
+        return;
+    }
+    if (now - simStart < SC::simLead) return;
+    for (const CEvent& event : sim->step(now, CInput{true, false, true})) {
+        handle(event, now, true);
+    }
+}
+
+void Engine::emit(const std::string& line) const {
+    if (log) log(line);
+}
+
+}  // namespace velmora

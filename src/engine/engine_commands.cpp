@@ -1,0 +1,111 @@
+#include <string>
+
+#include "engine/engine.hpp"
+#include "engine/engine_text.hpp"
+#include "policy/constants.hpp"
+
+// What the user can ask of the engine: rehearse, cancel, consent, switch, dismiss notices.
+namespace velmora {
+
+using engine_text::boolText;
+using engine_text::wholeDegrees;
+
+namespace {
+
+constexpr const char* kAutoShutdownTurnedOn = "auto-shutdown turned on";
+
+}  // namespace
+
+void Engine::startSim(Timestamp now) {
+    if (realRunning()) {
+        emit("stage-c: SIMULATION refused: a real countdown is active");
+        return;
+    }
+    const CConfig rehearsal{SC::countdownLen, SC::graceLen, SC::staleGap, false};
+    sim.emplace(rehearsal, true);
+    simStart = now;
+    emit("stage-c: SIMULATION started (" + wholeDegrees(SC::simLead) + "s Stage B lead-in + " +
+         wholeDegrees(SC::countdownLen) + "s countdown). NO shutdown will be run.");
+}
+
+void Engine::cancel(Timestamp now) {
+    if (sim) {
+        emit("stage-c SIMULATION: cancelled/stopped by user");
+        sim.reset();
+        return;
+    }
+    switch (real.state) {
+        case CState::countdown:
+            emit("stage-c: user pressed Keep working · Cancel during the countdown");
+            markers.clear();
+            real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
+            firedAt.reset();
+            errMsg.clear();
+            emit("stage-c: cancelled before the shutdown ran; grace " + wholeDegrees(SC::graceLen) +
+                 "s");
+            break;
+        case CState::fired:
+            // Once the shutdown has been called it is not undone.
+            errMsg = std::string(words_.tooLateToCancel);
+            emit(std::string(words_.cancelRefusedLog));
+            break;
+        case CState::idle:
+        case CState::grace:
+        case CState::done:
+            emit("stage-c: cancel ignored (state " + std::string(rawValue(real.state)) + ")");
+            break;
+    }
+}
+
+void Engine::dismissSim() {
+    if (!sim || sim->state != CState::done) return;  // a running rehearsal is stopped by cancel
+    emit("stage-c SIMULATION: dismissed");
+    sim.reset();
+}
+
+void Engine::dismissRelief() {
+    relief.reset();
+    emit("stage-c: relief screen dismissed");
+}
+
+void Engine::dismissManual() {
+    manual.reset();
+    emit("stage-c: manual-shutdown notice dismissed");
+}
+
+void Engine::dismissPerm() {
+    permDismissed = true;  // for this run only; never saved
+    emit("stage-c: permission notice dismissed for this run");
+}
+
+void Engine::userShutdownFailed(const ShutdownError& error) {
+    emit("stage-c: ERROR user-initiated shutdown failed: " + error.description());
+    noteFailure(error);
+}
+
+bool Engine::consent(bool on, Timestamp now) {
+    const auto saved = settings.recordConsent(on, now);
+    if (!saved) {
+        emit("stage-c: ERROR saving consent: " + saved.error().message);
+        return false;
+    }
+    set = *saved;
+    emit("stage-c: consent recorded: autoShutdown=" + boolText(on));
+    if (on) probePermission(kAutoShutdownTurnedOn, true);
+    return true;
+}
+
+bool Engine::setAuto(bool on, Timestamp now) {
+    const auto saved = settings.setAutoShutdown(on, now);
+    if (!saved) {
+        emit("stage-c: ERROR saving setting: " + saved.error().message);
+        return false;
+    }
+    set = *saved;
+    emit("stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
+         " (consentRecorded=true)");
+    if (on) probePermission(kAutoShutdownTurnedOn, true);
+    return true;
+}
+
+}  // namespace velmora

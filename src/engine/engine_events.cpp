@@ -1,0 +1,134 @@
+#include <memory>
+#include <string>
+
+#include "engine/engine.hpp"
+#include "engine/engine_text.hpp"
+#include "store/dates.hpp"
+
+// The engine's reactions to the countdown's events, the shutdown call and the permission probe.
+namespace velmora {
+
+using engine_text::wholeDegrees;
+
+void Engine::handle(const CEvent& event, Timestamp now, bool simulated) {
+    emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
+         std::string(rawValue(event.kind)) + " remaining=" + std::to_string(event.remaining));
+    if (!simulated) {
+        handleReal(event, now);
+        return;
+    }
+    switch (event.kind) {
+        case CEventKind::simComplete:
+            emit("stage-c SIMULATION: complete. shutdown was NOT called.");
+            break;
+        case CEventKind::countdownStart:
+            snd->urgent();
+            break;
+        case CEventKind::cue:
+            snd->tick();
+            break;
+        default:
+            break;  // a rehearsal has no other effects
+    }
+}
+
+void Engine::handleReal(const CEvent& event, Timestamp now) {
+    switch (event.kind) {
+        case CEventKind::countdownStart:
+            errMsg.clear();
+            manual.reset();
+            snd->urgent();
+            probePermission("countdown start", false);
+            break;
+        case CEventKind::cue:
+            snd->tick();
+            break;
+        case CEventKind::fire:
+            firedAt = now;
+            runShutdown(now);
+            break;
+        case CEventKind::abort:
+        case CEventKind::stale:
+            markers.clear();
+            break;
+        case CEventKind::cooled:
+            relief = Relief{peak, true};
+            break;
+        case CEventKind::simComplete:
+        case CEventKind::cancel:
+        case CEventKind::graceEnd:
+            break;
+    }
+}
+
+void Engine::runShutdown(Timestamp now) {
+    const Marker marker{rfc3339(now), peak, "emergency countdown reached 0"};
+    if (const auto error = markers.write(marker)) {
+        emit("stage-c: WARNING could not write marker: " + error->message +
+             " (shutting down anyway)");
+    } else {
+        emit("stage-c: marker written " + markers.url().string() + " (peak ladder " +
+             wholeDegrees(peak) + ")");
+    }
+    emit("stage-c: countdown reached 0; calling the shutdown (" +
+         std::string(words_.shutdownMechanism) + ")");
+    shutdownCalls += 1;
+    // Success needs no answer: the machine is going down, and the failsafe covers silence.
+    sd->shutdown([weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
+        const auto self = weak.lock();
+        if (self && error) (*self)->onShutdownFailed(*error);
+    });
+}
+
+void Engine::onShutdownFailed(const ShutdownError& error) {
+    emit("stage-c: ERROR shutdown failed: " + error.description() +
+         "; clearing marker; telling the user to shut down manually");
+    markers.clear();
+    errMsg = "Could not shut down: " + error.description();
+    noteFailure(error);
+    // The latest tick's time, not the completion's: grace is measured on the tick clock.
+    real.shutdownFailed(lastNow);
+    firedAt.reset();
+    snd->urgent();
+}
+
+void Engine::noteFailure(const ShutdownError& error) {
+    if (error.kind == ShutdownError::Kind::denied) {
+        perm = PermState::denied(error.text);
+        permDismissed = false;
+        manual = ManualFail{std::string(words_.permissionMessage), true};
+        return;
+    }
+    manual = ManualFail{std::string(words_.osErrorPrefix) + error.description(), false};
+}
+
+void Engine::probePermission(const std::string& reason, bool user) {
+    if (user) permDismissed = false;  // the user asked: show the answer again
+    if (probing) return;
+    probing = true;
+    emit("stage-c: automation permission probe (" + reason + ")");
+    sd->probe([weak = std::weak_ptr<Engine*>(self_)](const AutomationOutcome& outcome) {
+        if (const auto self = weak.lock()) (*self)->onProbeResult(outcome);
+    });
+}
+
+void Engine::onProbeResult(const AutomationOutcome& outcome) {
+    probing = false;
+    switch (outcome.kind) {
+        case AutomationOutcome::Kind::denied:
+            perm = PermState::denied(outcome.text);
+            emit("stage-c: automation permission: DENIED (" + outcome.text + ")");
+            break;
+        case AutomationOutcome::Kind::failed:
+            perm = PermState::failed(outcome.text);
+            emit("stage-c: automation permission: probe failed (" + outcome.text + ")");
+            break;
+        case AutomationOutcome::Kind::granted:
+            perm = PermState::granted();
+            permDismissed = false;
+            emit("stage-c: automation permission: granted");
+            break;
+    }
+}
+
+}  // namespace velmora

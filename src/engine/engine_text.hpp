@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+// Small renderings shared by the engine's log lines and view.
+namespace velmora::engine_text {
+
+/// "true" or "false".
+inline std::string boolText(bool value) {
+    return value ? "true" : "false";
+}
+
+/// The integer part of a temperature, truncated toward zero; "n/a" for a value that has none
+/// (absent, or not finite), so that an odd reading can never break a log line.
+std::string wholeDegrees(std::optional<double> celsius);
+
+}  // namespace velmora::engine_text

@@ -1,0 +1,92 @@
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <string>
+
+#include "engine/engine.hpp"
+#include "policy/constants.hpp"
+
+// The stage page's dictionary. When a rehearsal runs it describes the rehearsal, so the page
+// shows it with the real screens.
+namespace velmora {
+
+nlohmann::json Engine::view(Timestamp now) const {
+    const Machine& m = shown();
+    const bool leadIn = sim && sim->state == CState::idle && now - simStart < SC::simLead;
+    nlohmann::json v = {
+        {"version", std::string(SC::version)},
+        {"state", std::string(rawValue(m.state))},
+        {"remainingMs", m.remainingMs(now)},
+        {"remaining", m.remaining(now)},
+        {"totalSecs", SC::totalSecs},
+        {"sim", sim.has_value()},
+        {"simDone", sim && sim->state == CState::done},
+        {"lead", leadIn},
+        {"autoShutdown", set.autoShutdown},
+        {"consentNeeded", !set.consentRecorded},
+        {"temp", thermalWord()},
+        {"level", sim ? rawValue(Level::blowout) : (level ? rawValue(*level) : -1)},
+        {"stage", sim ? std::string(label(Level::blowout))
+                      : (level ? std::string(label(*level)) : std::string("n/a"))},
+        {"nowTxt", nowText()},
+        {"err", errMsg},
+        {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now))},
+        {"autoEnabled", set.enabled()},
+        {"permState", permName()},
+        {"permMsg", permMessage()},
+        {"permDismissed", permDismissed},
+        {"thermalNote", std::string(words_.thermalNote)},
+    };
+    if (manual) v["manual"] = {{"reason", manual->reason}, {"perm", manual->permission}};
+    if (relief && !sim) {
+        const std::string peakWord =
+            relief->peakC > 0 ? std::string(stateName(band(relief->peakC))) : "n/a";
+        v["relief"] = {{"peak", peakWord}, {"cancelled", relief->cancelled}};
+    }
+    return v;
+}
+
+std::string Engine::viewJson(Timestamp now) const {
+    return view(now).dump();
+}
+
+std::string Engine::thermalWord() const {
+    if (sim) return "Critical (simulated)";
+    // While the countdown runs on a cooling machine, keep naming the peak that started it.
+    if (tempC && realRunning() && *tempC < peak) return std::string(stateName(band(peak)));
+    return level ? std::string(stateName(*level)) : "n/a";
+}
+
+std::string Engine::nowText() const {
+    if (!tempC || !level) return "n/a";
+    return std::string(stateName(*level)) + " · " + std::string(label(*level));
+}
+
+std::string Engine::permName() const {
+    switch (perm.kind) {
+        case PermState::Kind::denied:
+            return "denied";
+        case PermState::Kind::failed:
+            return "failed";
+        case PermState::Kind::unknown:
+            return "unknown";
+        case PermState::Kind::granted:
+            return "granted";
+    }
+    return "unknown";
+}
+
+std::string Engine::permMessage() const {
+    switch (perm.kind) {
+        case PermState::Kind::denied:
+            return std::string(words_.permissionMessage);
+        case PermState::Kind::failed:
+            return std::string(words_.permissionCheckFailedPrefix) + perm.detail;
+        case PermState::Kind::unknown:
+        case PermState::Kind::granted:
+            return "";
+    }
+    return "";
+}
+
+}  // namespace velmora
