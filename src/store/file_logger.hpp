@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <mutex>
@@ -41,9 +42,10 @@ class FileLogger {
     std::filesystem::path url_;
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::condition_variable idle_;
+    std::condition_variable written_cv_;
     std::deque<std::string> queue_;
-    bool writing_ = false;
+    std::uint64_t queued_ = 0;   // entries ever queued
+    std::uint64_t written_ = 0;  // entries ever taken off the queue and written or dropped
     bool stopping_ = false;
     std::thread writer_;
 };
