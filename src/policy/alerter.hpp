@@ -10,7 +10,7 @@ namespace velmora {
 /// Turns one reading a tick into the stage level: the ladder plus a sustained `hot` treated
 /// as `extreme` and, when enabled, a sustained `extreme` promoted to `blowout`.
 class Alerter {
-public:
+  public:
     explicit Alerter(bool timedStageB) : timedStageB(timedStageB) {}
 
     std::optional<Level> update(std::optional<double> tempC, Timestamp now);
@@ -19,7 +19,7 @@ public:
     std::optional<Timestamp> extSince;
     const bool timedStageB;
 
-private:
+  private:
     Level stageA(Timestamp now);
 };
 

@@ -23,26 +23,40 @@ std::int64_t wholeSecondsOrThrow(double seconds) {
 
 std::string_view rawValue(CState state) {
     switch (state) {
-        case CState::idle: return "idle";
-        case CState::countdown: return "countdown";
-        case CState::fired: return "fired";
-        case CState::grace: return "grace";
-        case CState::done: return "done";
+        case CState::idle:
+            return "idle";
+        case CState::countdown:
+            return "countdown";
+        case CState::fired:
+            return "fired";
+        case CState::grace:
+            return "grace";
+        case CState::done:
+            return "done";
     }
     return "idle";
 }
 
 std::string_view rawValue(CEventKind kind) {
     switch (kind) {
-        case CEventKind::countdownStart: return "countdown-start";
-        case CEventKind::cue: return "cue";
-        case CEventKind::fire: return "fire";
-        case CEventKind::simComplete: return "sim-complete";
-        case CEventKind::cancel: return "cancel";
-        case CEventKind::abort: return "abort";
-        case CEventKind::graceEnd: return "grace-end";
-        case CEventKind::cooled: return "cooled";
-        case CEventKind::stale: return "stale-restart";
+        case CEventKind::countdownStart:
+            return "countdown-start";
+        case CEventKind::cue:
+            return "cue";
+        case CEventKind::fire:
+            return "fire";
+        case CEventKind::simComplete:
+            return "sim-complete";
+        case CEventKind::cancel:
+            return "cancel";
+        case CEventKind::abort:
+            return "abort";
+        case CEventKind::graceEnd:
+            return "grace-end";
+        case CEventKind::cooled:
+            return "cooled";
+        case CEventKind::stale:
+            return "stale-restart";
     }
     return "cue";
 }
@@ -75,12 +89,17 @@ std::vector<CEvent> Machine::step(Timestamp now, CInput input) {
     }
     switch (state) {
         case CState::fired:
-        case CState::done: break;
-        case CState::grace: stepGrace(now, input, events); break;
+        case CState::done:
+            break;
+        case CState::grace:
+            stepGrace(now, input, events);
+            break;
         case CState::idle:
             if (input.enabled && input.critical) appendStart(now, events);
             break;
-        case CState::countdown: stepCountdown(now, input, stale, events); break;
+        case CState::countdown:
+            stepCountdown(now, input, stale, events);
+            break;
     }
     return events;
 }

@@ -12,7 +12,17 @@ namespace velmora {
 enum class CState { idle, countdown, fired, grace, done };
 std::string_view rawValue(CState state);
 
-enum class CEventKind { countdownStart, cue, fire, simComplete, cancel, abort, graceEnd, cooled, stale };
+enum class CEventKind {
+    countdownStart,
+    cue,
+    fire,
+    simComplete,
+    cancel,
+    abort,
+    graceEnd,
+    cooled,
+    stale
+};
 std::string_view rawValue(CEventKind kind);
 
 struct CEvent {
@@ -40,7 +50,7 @@ struct CInput {
 /// The emergency countdown. It only decides: the engine performs the effects of its events,
 /// in the order they are returned.
 class Machine {
-public:
+  public:
     Machine(CConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
 
     std::vector<CEvent> step(Timestamp now, CInput input);
@@ -64,7 +74,7 @@ public:
     std::int64_t lastCue = 0;
     bool cancelled = false;
 
-private:
+  private:
     void stepCountdown(Timestamp now, CInput input, bool stale, std::vector<CEvent>& events);
     void stepGrace(Timestamp now, CInput input, std::vector<CEvent>& events);
     void appendStart(Timestamp now, std::vector<CEvent>& events);

@@ -11,22 +11,31 @@ std::optional<Level> levelFromRaw(int raw) {
 
 std::string_view label(Level level) {
     switch (level) {
-        case Level::ok: return "NORMAL";
-        case Level::warm: return "WARM";
-        case Level::hot: return "HOT";
-        case Level::extreme: return "EXTREME HEAT";
-        case Level::blowout: return "EMERGENCY";
+        case Level::ok:
+            return "NORMAL";
+        case Level::warm:
+            return "WARM";
+        case Level::hot:
+            return "HOT";
+        case Level::extreme:
+            return "EXTREME HEAT";
+        case Level::blowout:
+            return "EMERGENCY";
     }
     return "NORMAL";
 }
 
 std::string_view stateName(Level level) {
     switch (level) {
-        case Level::ok: return "Nominal";
-        case Level::warm: return "Fair";
+        case Level::ok:
+            return "Nominal";
+        case Level::warm:
+            return "Fair";
         case Level::hot:
-        case Level::extreme: return "Serious";
-        case Level::blowout: return "Critical";
+        case Level::extreme:
+            return "Serious";
+        case Level::blowout:
+            return "Critical";
     }
     return "Nominal";
 }

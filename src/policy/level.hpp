@@ -8,7 +8,9 @@ namespace velmora {
 /// The five-step heat ladder, ordered by raw value.
 enum class Level : int { ok = 0, warm = 1, hot = 2, extreme = 3, blowout = 4 };
 
-constexpr int rawValue(Level level) { return static_cast<int>(level); }
+constexpr int rawValue(Level level) {
+    return static_cast<int>(level);
+}
 std::optional<Level> levelFromRaw(int raw);
 
 /// The headline word: "NORMAL" … "EMERGENCY".

@@ -10,14 +10,14 @@ namespace velmora {
 
 /// The engine's temperature source: one optional Celsius reading per call.
 class TempSensor {
-public:
+  public:
     virtual ~TempSensor() = default;
     virtual std::optional<double> readC() = 0;
 };
 
 /// Reads the OS thermal state through a replaceable closure and maps it to synthetic Celsius.
 class ThermalSensor final : public TempSensor {
-public:
+  public:
     using StateSource = std::function<std::optional<ThermalState>()>;
 
     explicit ThermalSensor(StateSource source) : state(std::move(source)) {}

@@ -19,10 +19,14 @@ constexpr std::array<std::pair<std::string_view, ThermalState>, 4> kNames{{
 
 std::optional<double> thermalStateToC(ThermalState state) {
     switch (state) {
-        case ThermalState::nominal: return 55.0;
-        case ThermalState::fair: return 78.0;
-        case ThermalState::serious: return 96.0;
-        case ThermalState::critical: return 108.0;
+        case ThermalState::nominal:
+            return 55.0;
+        case ThermalState::fair:
+            return 78.0;
+        case ThermalState::serious:
+            return 96.0;
+        case ThermalState::critical:
+            return 108.0;
     }
     return std::nullopt;
 }
@@ -36,8 +40,7 @@ std::optional<ThermalState> thermalStateNamed(std::string_view name) {
     for (const char c : name) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x80) return std::nullopt;
-        lowered.push_back(
-            static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte));
+        lowered.push_back(static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte));
     }
     for (const auto& [known, state] : kNames) {
         if (lowered == known) return state;

@@ -15,7 +15,8 @@ struct Timestamp {
     /// 0001-01-01T00:00:00Z, the "never" of deadlines that have not been set.
     static constexpr Timestamp distantPast() { return Timestamp{-62135596800.0}; }
 
-    constexpr auto operator<=>(const Timestamp&) const = default;
+    // clang-tidy 14 mistakes the defaulted three-way comparison for a literal 0 pointer.
+    constexpr auto operator<=>(const Timestamp&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// Seconds from `b` to `a`.

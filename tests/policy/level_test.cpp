@@ -17,11 +17,17 @@ TEST(Band, EdgesBelongToTheHigherLevel) {
     EXPECT_EQ(band(100), Level::blowout);
 }
 
-TEST(Band, NanIsOk) { EXPECT_EQ(band(std::nan("")), Level::ok); }
+TEST(Band, NanIsOk) {
+    EXPECT_EQ(band(std::nan("")), Level::ok);
+}
 
-TEST(Band, NegativeTemperatureIsOk) { EXPECT_EQ(band(-40), Level::ok); }
+TEST(Band, NegativeTemperatureIsOk) {
+    EXPECT_EQ(band(-40), Level::ok);
+}
 
-TEST(Band, InfinityIsBlowout) { EXPECT_EQ(band(INFINITY), Level::blowout); }
+TEST(Band, InfinityIsBlowout) {
+    EXPECT_EQ(band(INFINITY), Level::blowout);
+}
 
 TEST(Level, RawValueFiveIsAbsent) {
     EXPECT_FALSE(levelFromRaw(5).has_value());

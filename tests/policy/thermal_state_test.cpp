@@ -38,7 +38,9 @@ TEST(ThermalStateNamed, BlanksAreNotTrimmed) {
     EXPECT_FALSE(thermalStateNamed("serious ").has_value());
 }
 
-TEST(ThermalStateNamed, EmptyNameIsAbsent) { EXPECT_FALSE(thermalStateNamed("").has_value()); }
+TEST(ThermalStateNamed, EmptyNameIsAbsent) {
+    EXPECT_FALSE(thermalStateNamed("").has_value());
+}
 
 TEST(ThermalStateNamed, UnknownNameIsAbsent) {
     EXPECT_FALSE(thermalStateNamed("hot").has_value());
