@@ -1,0 +1,25 @@
+#include "actuators/linux/logind_shutdowner.hpp"
+
+#include <utility>
+
+#include "actuators/background.hpp"
+#include "actuators/delivery.hpp"
+#include "actuators/linux/logind_calls.hpp"
+#include "policy/platform_texts.hpp"
+
+namespace velmora {
+
+LogindShutdowner::LogindShutdowner(LogSink log, Post post, LogindTimeouts timeouts)
+    : log_(std::move(log)), post_(std::move(post)), timeouts_(timeouts) {}
+
+void LogindShutdowner::shutdown(ShutdownCompletion completion) {
+    runOffThread([seconds = timeouts_.shutdown] { return requestPowerOff(seconds); },
+                 deliverShutdown(linuxTexts.shutdownTool, log_, post_, std::move(completion)));
+}
+
+void LogindShutdowner::probe(ProbeCompletion completion) {
+    runOffThread([seconds = timeouts_.probe] { return askCanPowerOff(seconds); },
+                 deliverProbe(post_, std::move(completion)));
+}
+
+}  // namespace velmora

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "actuators/automation_outcome.hpp"
+
+namespace velmora {
+
+/// Where the Mac keeps its scripting tool.
+inline constexpr std::string_view osascriptPath = "/usr/bin/osascript";
+
+/// Runs one AppleScript through the scripting tool and classifies how it went.
+class ScriptRunner {
+  public:
+    /// `executable` is the tool to start; tests point it at stand-ins.
+    explicit ScriptRunner(std::string executable = std::string(osascriptPath));
+
+    /// Runs `executable -e script` and blocks for at most `timeoutSeconds` plus the reading of
+    /// its output. Never call it on the main thread.
+    [[nodiscard]] AutomationOutcome run(std::string_view script, double timeoutSeconds) const;
+
+    [[nodiscard]] const std::string& executable() const { return executable_; }
+
+  private:
+    std::string executable_;
+};
+
+}  // namespace velmora

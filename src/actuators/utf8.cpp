@@ -1,0 +1,55 @@
+#include "actuators/utf8.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace velmora {
+namespace {
+
+struct Lead {
+    std::size_t continuationBytes;
+    std::uint32_t value;
+};
+
+// How many continuation bytes a lead byte announces, and its payload bits; nothing for a byte
+// that cannot start a sequence.
+std::optional<Lead> decodeLead(unsigned char byte) {
+    if (byte < 0x80) return Lead{0, byte};
+    if (byte >= 0xC2 && byte <= 0xDF) return Lead{1, byte & 0x1Fu};
+    if (byte >= 0xE0 && byte <= 0xEF) return Lead{2, byte & 0x0Fu};
+    if (byte >= 0xF0 && byte <= 0xF4) return Lead{3, byte & 0x07u};
+    return std::nullopt;
+}
+
+bool isShortestForm(std::uint32_t value, std::size_t continuationBytes) {
+    constexpr std::uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+    return value >= smallest[continuationBytes];
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view bytes) {
+    std::size_t i = 0;
+    while (i < bytes.size()) {
+        const std::optional<Lead> lead = decodeLead(static_cast<unsigned char>(bytes[i]));
+        if (!lead || bytes.size() - i - 1 < lead->continuationBytes) return false;
+        std::uint32_t value = lead->value;
+        for (std::size_t k = 1; k <= lead->continuationBytes; ++k) {
+            const auto next = static_cast<unsigned char>(bytes[i + k]);
+            if ((next & 0xC0u) != 0x80u) return false;
+            value = (value << 6u) | (next & 0x3Fu);
+        }
+        if (!isShortestForm(value, lead->continuationBytes)) return false;
+        if ((value >= 0xD800 && value <= 0xDFFF) || value > 0x10FFFF) return false;
+        i += lead->continuationBytes + 1;
+    }
+    return true;
+}
+
+std::string utf8OrEmpty(std::string bytes) {
+    if (!isValidUtf8(bytes)) return {};
+    return bytes;
+}
+
+}  // namespace velmora

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "actuators/log_recorder.hpp"
+#include "actuators/mute_sounder.hpp"
+#include "actuators/named_cue_sounder.hpp"
+#include "policy/countdown.hpp"
+#include "policy/timestamp.hpp"
+
+namespace velmora {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(MuteSounder, WritesOneLinePerCueAndPlaysNothing) {
+    testing::LogRecorder log;
+    MuteSounder sounder(log.sink());
+    sounder.alarm();
+    sounder.urgent();
+    sounder.tick();
+    EXPECT_EQ(log.lines(), (Lines{"sound: alarm (muted)", "sound: urgent alert (muted)",
+                                  "sound: tick (muted)"}));
+}
+
+// Drives a real countdown at the watchdog's 0.25 s poll, sounding a tick for each cue as the
+// watchdog does, and looks at the second from 6 s left to 5 s left.
+TEST(MuteSounder, OneCountdownSecondGivesExactlyOneTickLine) {
+    testing::LogRecorder log;
+    MuteSounder sounder(log.sink());
+    Machine machine(CConfig::production(), false);
+    const Timestamp start = Timestamp::fromSeconds(1000);
+    static_cast<void>(machine.startCountdown(start));
+    std::size_t linesBefore = 0;
+    for (int quarter = 1; quarter <= 20; ++quarter) {
+        if (quarter == 17) linesBefore = log.lines().size();
+        for (const CEvent& event : machine.step(start + quarter * 0.25, {true, false, true})) {
+            if (event.kind == CEventKind::cue) sounder.tick();
+        }
+    }
+    const Lines lines = log.lines();
+    EXPECT_EQ(Lines(lines.begin() + static_cast<std::ptrdiff_t>(linesBefore), lines.end()),
+              Lines{"sound: tick (muted)"});
+}
+
+struct PlayedNames {
+    std::vector<std::string> names;
+    PlaySound player() {
+        return [this](const std::string& name) { names.push_back(name); };
+    }
+};
+
+TEST(NamedCueSounder, UrgentIsIndistinguishableFromAlarm) {
+    PlayedNames alarm;
+    PlayedNames urgent;
+    NamedCueSounder alarmSounder({.alarm = "Sosumi", .tick = "Tink"}, alarm.player());
+    NamedCueSounder urgentSounder({.alarm = "Sosumi", .tick = "Tink"}, urgent.player());
+    alarmSounder.alarm();
+    urgentSounder.urgent();
+    EXPECT_EQ(alarm.names, std::vector<std::string>{"Sosumi"});
+    EXPECT_EQ(urgent.names, alarm.names);
+}
+
+TEST(NamedCueSounder, TickPlaysTheTickSound) {
+    PlayedNames played;
+    NamedCueSounder sounder({.alarm = "alarm", .tick = "tick"}, played.player());
+    sounder.tick();
+    EXPECT_EQ(played.names, std::vector<std::string>{"tick"});
+}
+
+TEST(NamedCueSounder, EveryCuePlaysAfreshEvenWhileAnotherPlays) {
+    PlayedNames played;
+    NamedCueSounder sounder({.alarm = "alarm", .tick = "tick"}, played.player());
+    sounder.alarm();
+    sounder.tick();
+    sounder.alarm();
+    EXPECT_EQ(played.names, (std::vector<std::string>{"alarm", "tick", "alarm"}));
+}
+
+TEST(NamedCueSounder, WithoutAPlayerStaysSilent) {
+    NamedCueSounder sounder({.alarm = "alarm", .tick = "tick"}, nullptr);
+    sounder.alarm();
+    sounder.urgent();
+    sounder.tick();
+    SUCCEED();  // nothing to play through and nothing thrown
+}
+
+}  // namespace
+}  // namespace velmora

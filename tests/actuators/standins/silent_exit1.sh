@@ -1,0 +1,3 @@
+#!/bin/sh
+# Fails without a word.
+exit 1
