@@ -1,0 +1,138 @@
+#include "metrics/linux/linux_backend.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "metrics/linux/sysfs_dir.hpp"
+
+namespace velmora {
+
+namespace {
+
+// "/" reads the live system; any other root is a prefix such as a fixture tree.
+std::string normalisedRoot(std::string root) {
+    while (!root.empty() && root.back() == '/')
+        root.pop_back();
+    return root;
+}
+
+constexpr std::size_t kMaxTextFile = std::size_t{1} << 20U;
+
+std::vector<SysfsFile> discoverGpuBusy(const std::string& root) {
+    std::vector<SysfsFile> files;
+    const std::string drm = root + "/sys/class/drm";
+    for (const std::string& card : listEntries(drm, "card")) {
+        // Connectors ("card0-DP-1") are not devices.
+        if (card.find('-') != std::string::npos) continue;
+        if (auto file = SysfsFile::openReadable(drm + "/" + card + "/device/gpu_busy_percent")) {
+            files.push_back(std::move(*file));
+        }
+    }
+    return files;
+}
+
+}  // namespace
+
+LinuxBackend::LinuxBackend(std::string root, std::unique_ptr<GpuVendorLibrary> vendorGpu)
+    : root_(normalisedRoot(std::move(root))),
+      vendorGpu_(std::move(vendorGpu)),
+      procBuffer_(16384),
+      smallBuffer_(4096) {}
+
+void LinuxBackend::discover(Timestamp now) {
+    LinuxInventory inv;
+    inv.procStat = SysfsFile::openReadable(root_ + "/proc/stat");
+    inv.meminfo = SysfsFile::openReadable(root_ + "/proc/meminfo");
+    inv.pressure = SysfsFile::openReadable(root_ + "/proc/pressure/memory");
+    inv.loadavg = SysfsFile::openReadable(root_ + "/proc/loadavg");
+    inv.cpuOnline = SysfsFile::openReadable(root_ + "/sys/devices/system/cpu/online");
+    inv.hwmon = discoverHwmon(root_);
+    inv.zones = discoverThermalZones(root_);
+    inv.throttleCounters = discoverThrottleCounters(root_);
+    inv.supplies = discoverPowerSupplies(root_);
+    inv.rapl = RaplMeter::discover(root_);
+    inv.gpuBusy = discoverGpuBusy(root_);
+    inv.platformProfile = SysfsFile::openReadable(root_ + "/sys/firmware/acpi/platform_profile");
+    inv.powerProfilesState =
+        SysfsFile::openReadable(root_ + "/var/lib/power-profiles-daemon/state.ini");
+    inv_ = std::move(inv);
+    setThermalSources();
+    throttleCounts_.clear();
+    ++discoveries_;
+    discoveredAt_ = now;
+    readFailed_ = false;
+}
+
+void LinuxBackend::setThermalSources() {
+    std::vector<ThermalSourceSpec> specs;
+    thermalSlots_.clear();
+    for (std::size_t i = 0; i < inv_.zones.size(); ++i) {
+        auto conditions = zoneConditions(inv_.zones[i].trips);
+        if (conditions.empty()) continue;
+        specs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
+        thermalSlots_.push_back({true, i});
+    }
+    for (std::size_t i = 0; i < inv_.hwmon.temps.size(); ++i) {
+        auto conditions = hwmonConditions(inv_.hwmon.temps[i].limits);
+        if (conditions.empty()) continue;
+        specs.push_back({inv_.hwmon.temps[i].input.path(), std::move(conditions)});
+        thermalSlots_.push_back({false, i});
+    }
+    deriver_.setSources(std::move(specs));
+}
+
+void LinuxBackend::maybeRediscover(Timestamp now) {
+    const bool due = !discoveredAt_ || readFailed_ ||
+                     now - *discoveredAt_ >= rediscoverEverySeconds ||
+                     now < *discoveredAt_;  // the clock was set back
+    if (due) discover(now);
+}
+
+void LinuxBackend::prime(Timestamp now) {
+    maybeRediscover(now);
+    LiveInputs discarded;
+    sampleCpu(discarded);
+    bool ignored = false;
+    (void)inv_.rapl.sample(now, ignored);
+}
+
+LiveInputs LinuxBackend::sample(Timestamp now) {
+    maybeRediscover(now);
+    LiveInputs in;
+    sampleCpu(in);
+    sampleTemperatures(in);
+    in.thermal = deriveThermal();
+    sampleMemory(in);
+    sampleLoad(in);
+    sampleBattery(in);
+    // Hottest first; equal temperatures keep the order they were read in.
+    std::stable_sort(in.sensors.begin(), in.sensors.end(),
+                     [](const NamedTemp& a, const NamedTemp& b) { return a.celsius > b.celsius; });
+    sampleFans(in);
+    samplePower(in, now);
+    sampleGpuLoad(in);
+    in.lowPower = lowPowerMode();
+    return in;
+}
+
+std::optional<long long> LinuxBackend::readInteger(const SysfsFile& file) {
+    const auto value = file.readInteger();
+    if (!value) readFailed_ = true;
+    return value;
+}
+
+std::optional<std::string_view> LinuxBackend::readText(const SysfsFile& file,
+                                                       std::vector<char>& buffer) {
+    for (;;) {
+        const auto text = file.read(buffer);
+        if (!text) {
+            readFailed_ = true;
+            return std::nullopt;
+        }
+        // A full buffer may have cut the file short: grow and read again from the start.
+        if (text->size() < buffer.size() || buffer.size() >= kMaxTextFile) return text;
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+}  // namespace velmora

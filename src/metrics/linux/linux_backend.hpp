@@ -1,0 +1,111 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "metrics/linux/gpu_vendor.hpp"
+#include "metrics/linux/hwmon.hpp"
+#include "metrics/linux/power_supply.hpp"
+#include "metrics/linux/proc_stat.hpp"
+#include "metrics/linux/rapl.hpp"
+#include "metrics/linux/sysfs_file.hpp"
+#include "metrics/linux/thermal_deriver.hpp"
+#include "metrics/linux/thermal_zones.hpp"
+#include "metrics/metrics_backend.hpp"
+
+namespace velmora {
+
+/// Everything found under the root at discovery, with its files kept open.
+struct LinuxInventory {
+    std::optional<SysfsFile> procStat;
+    std::optional<SysfsFile> meminfo;
+    std::optional<SysfsFile> pressure;
+    std::optional<SysfsFile> loadavg;
+    std::optional<SysfsFile> cpuOnline;
+    HwmonInventory hwmon;
+    std::vector<ThermalZone> zones;
+    std::vector<SysfsFile> throttleCounters;
+    PowerSupplies supplies;
+    RaplMeter rapl;
+    std::vector<SysfsFile> gpuBusy;
+    std::optional<SysfsFile> platformProfile;
+    std::optional<SysfsFile> powerProfilesState;
+};
+
+/// Reads /proc and /sys below a root prefix: discovery once, one `pread` per attribute per
+/// sample, rediscovery after a failed read or once a minute. Derives the thermal state from the
+/// kernel's trip points and hwmon limits.
+class LinuxBackend final : public MetricsBackend {
+  public:
+    static constexpr double rediscoverEverySeconds = 60.0;
+
+    /// `root` is "/" or a directory holding proc/ and sys/ trees; `vendorGpu` may be null.
+    explicit LinuxBackend(std::string root, std::unique_ptr<GpuVendorLibrary> vendorGpu = nullptr);
+
+    void prime(Timestamp now) override;
+    LiveInputs sample(Timestamp now) override;
+    std::string sensorSummary() override;
+    MetricSources sources() const override;
+
+    /// How many times the files were discovered, the first time included.
+    int discoveries() const { return discoveries_; }
+    const ThermalDeriver& thermal() const { return deriver_; }
+
+  private:
+    struct ThermalSlot {
+        bool zone = false;
+        std::size_t index = 0;
+    };
+    struct Chosen {
+        std::string cpuTemp;
+        std::string gpuTemp;
+        std::string batteryTemp;
+        std::string power;
+    };
+
+    void discover(Timestamp now);
+    void setThermalSources();
+    void maybeRediscover(Timestamp now);
+
+    std::optional<long long> readInteger(const SysfsFile& file);
+    std::optional<std::string_view> readText(const SysfsFile& file, std::vector<char>& buffer);
+
+    void sampleCpu(LiveInputs& in);
+    void sampleMemory(LiveInputs& in);
+    void sampleLoad(LiveInputs& in);
+    void sampleTemperatures(LiveInputs& in);
+    void sampleHwmonTemps(LiveInputs& in);
+    void sampleVendorGpus(LiveInputs& in);
+    void sampleBattery(LiveInputs& in);
+    ThermalState deriveThermal();
+    bool throttleRose();
+    void sampleFans(LiveInputs& in);
+    void samplePower(LiveInputs& in, Timestamp now);
+    void sampleGpuLoad(LiveInputs& in);
+    bool lowPowerMode();
+
+    std::string root_;
+    std::unique_ptr<GpuVendorLibrary> vendorGpu_;
+    LinuxInventory inv_;
+    ThermalDeriver deriver_;
+    std::vector<ThermalSlot> thermalSlots_;
+    int discoveries_ = 0;
+    std::optional<Timestamp> discoveredAt_;
+    bool readFailed_ = false;
+
+    // Reused from sample to sample so that a sample allocates little.
+    std::vector<char> procBuffer_;
+    std::vector<char> smallBuffer_;
+    ProcStat stat_;
+    std::optional<ProcStat> lastStat_;
+    std::vector<std::optional<double>> hwmonValues_;
+    std::vector<std::optional<double>> zoneValues_;
+    std::vector<std::optional<double>> thermalReadings_;
+    std::vector<long long> throttleCounts_;
+    std::vector<VendorGpu> vendorGpus_;
+    Chosen chosen_;
+};
+
+}  // namespace velmora

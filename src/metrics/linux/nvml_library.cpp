@@ -1,0 +1,106 @@
+#include "metrics/linux/nvml_library.hpp"
+
+#include <dlfcn.h>
+
+#include <array>
+
+namespace velmora {
+
+namespace {
+
+// The few NVML entry points used, declared from the library's documented C interface.
+using NvmlDevice = struct NvmlDeviceOpaque*;
+struct NvmlUtilization {
+    unsigned int gpu;
+    unsigned int memory;
+};
+using InitFn = int (*)();
+using ShutdownFn = int (*)();
+using CountFn = int (*)(unsigned int*);
+using HandleFn = int (*)(unsigned int, NvmlDevice*);
+using TemperatureFn = int (*)(NvmlDevice, int, unsigned int*);
+using UtilizationFn = int (*)(NvmlDevice, NvmlUtilization*);
+using NameFn = int (*)(NvmlDevice, char*, unsigned int);
+
+constexpr int kSuccess = 0;
+constexpr int kGpuTemperature = 0;
+
+template <typename Fn>
+Fn symbol(void* handle, const char* name) {
+    return reinterpret_cast<Fn>(dlsym(handle, name));
+}
+
+class NvmlLibrary final : public GpuVendorLibrary {
+  public:
+    explicit NvmlLibrary(void* handle) : handle_(handle) {
+        shutdown_ = symbol<ShutdownFn>(handle, "nvmlShutdown");
+        temperature_ = symbol<TemperatureFn>(handle, "nvmlDeviceGetTemperature");
+        utilization_ = symbol<UtilizationFn>(handle, "nvmlDeviceGetUtilizationRates");
+        name_ = symbol<NameFn>(handle, "nvmlDeviceGetName");
+    }
+    ~NvmlLibrary() override {
+        if (shutdown_) shutdown_();
+        dlclose(handle_);
+    }
+    NvmlLibrary(const NvmlLibrary&) = delete;
+    NvmlLibrary& operator=(const NvmlLibrary&) = delete;
+
+    bool findDevices() {
+        const auto count = symbol<CountFn>(handle_, "nvmlDeviceGetCount_v2");
+        const auto byIndex = symbol<HandleFn>(handle_, "nvmlDeviceGetHandleByIndex_v2");
+        unsigned int n = 0;
+        if (!count || !byIndex || count(&n) != kSuccess) return false;
+        for (unsigned int i = 0; i < n; ++i) {
+            NvmlDevice device = nullptr;
+            if (byIndex(i, &device) == kSuccess) devices_.push_back(device);
+        }
+        return !devices_.empty();
+    }
+
+    std::string libraryName() const override { return "NVML"; }
+
+    std::vector<VendorGpu> read() override {
+        std::vector<VendorGpu> gpus;
+        for (NvmlDevice device : devices_)
+            gpus.push_back(readDevice(device));
+        return gpus;
+    }
+
+  private:
+    VendorGpu readDevice(NvmlDevice device) const {
+        VendorGpu gpu{"NVIDIA GPU", std::nullopt, std::nullopt};
+        std::array<char, 96> name{};
+        if (name_ && name_(device, name.data(), name.size()) == kSuccess) gpu.name = name.data();
+        unsigned int celsius = 0;
+        if (temperature_ && temperature_(device, kGpuTemperature, &celsius) == kSuccess) {
+            gpu.celsius = celsius;
+        }
+        NvmlUtilization rates{};
+        if (utilization_ && utilization_(device, &rates) == kSuccess) gpu.busyPercent = rates.gpu;
+        return gpu;
+    }
+
+    void* handle_;
+    ShutdownFn shutdown_ = nullptr;
+    TemperatureFn temperature_ = nullptr;
+    UtilizationFn utilization_ = nullptr;
+    NameFn name_ = nullptr;
+    std::vector<NvmlDevice> devices_;
+};
+
+}  // namespace
+
+std::unique_ptr<GpuVendorLibrary> loadNvml() {
+    void* handle = dlopen("libnvidia-ml.so.1", RTLD_NOW | RTLD_LOCAL);
+    if (!handle) return nullptr;
+    const auto init = symbol<InitFn>(handle, "nvmlInit_v2");
+    if (!init || init() != kSuccess) {
+        dlclose(handle);
+        return nullptr;
+    }
+    auto library = std::make_unique<NvmlLibrary>(handle);
+    if (!library->findDevices()) return nullptr;
+    return library;
+}
+
+}  // namespace velmora

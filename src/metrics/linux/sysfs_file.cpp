@@ -1,0 +1,91 @@
+#include "metrics/linux/sysfs_file.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <utility>
+
+namespace velmora {
+
+std::optional<SysfsFile> SysfsFile::open(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    return SysfsFile(fd, path);
+}
+
+std::optional<SysfsFile> SysfsFile::openReadable(const std::string& path) {
+    auto file = open(path);
+    std::array<char, 64> probe{};
+    if (!file || !file->read(probe)) return std::nullopt;
+    return file;
+}
+
+SysfsFile::SysfsFile(SysfsFile&& other) noexcept
+    : fd_(std::exchange(other.fd_, -1)), path_(std::move(other.path_)) {}
+
+SysfsFile& SysfsFile::operator=(SysfsFile&& other) noexcept {
+    if (this != &other) {
+        if (fd_ >= 0) ::close(fd_);
+        fd_ = std::exchange(other.fd_, -1);
+        path_ = std::move(other.path_);
+    }
+    return *this;
+}
+
+SysfsFile::~SysfsFile() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+std::optional<std::string_view> SysfsFile::read(std::span<char> buffer) const {
+    ssize_t got = -1;
+    do {
+        got = ::pread(fd_, buffer.data(), buffer.size(), 0);
+    } while (got < 0 && errno == EINTR);
+    if (got <= 0) return std::nullopt;
+    return std::string_view(buffer.data(), static_cast<std::size_t>(got));
+}
+
+std::optional<long long> SysfsFile::readInteger() const {
+    std::array<char, 32> buffer{};
+    const auto text = read(buffer);
+    return text ? parseInteger(*text) : std::nullopt;
+}
+
+std::optional<std::string> SysfsFile::readLine() const {
+    std::array<char, 256> buffer{};
+    const auto text = read(buffer);
+    if (!text) return std::nullopt;
+    return std::string(trimmed(text->substr(0, text->find('\n'))));
+}
+
+std::optional<std::string> readSmallFile(const std::string& path) {
+    const auto file = SysfsFile::open(path);
+    if (!file) return std::nullopt;
+    std::array<char, 4096> buffer{};
+    const auto text = file->read(buffer);
+    if (!text) return std::nullopt;
+    return std::string(*text);
+}
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    const auto last = text.find_last_not_of(blanks);
+    return text.substr(first, last - first + 1);
+}
+
+std::optional<long long> parseInteger(std::string_view text) {
+    const std::string_view digits = trimmed(text);
+    if (digits.empty()) return std::nullopt;
+    long long value = 0;
+    const auto* end = digits.data() + digits.size();
+    const auto [ptr, ec] = std::from_chars(digits.data(), end, value);
+    if (ec != std::errc() || ptr != end) return std::nullopt;
+    return value;
+}
+
+}  // namespace velmora
