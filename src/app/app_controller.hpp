@@ -1,0 +1,165 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "actuators/dry_run_shutdowner.hpp"
+#include "actuators/shutdowner.hpp"
+#include "actuators/sounder.hpp"
+#include "app/appearance.hpp"
+#include "app/launch_options.hpp"
+#include "app/main_loop.hpp"
+#include "app/presentation_rules.hpp"
+#include "app/shell.hpp"
+#include "engine/engine.hpp"
+#include "metrics/heat_collector.hpp"
+#include "store/file_logger.hpp"
+
+namespace velmora {
+
+/// What the controller is built from besides the options, the shell and the loop: the live
+/// sampler, the preference store and the platform's real actuators (made only when chosen).
+struct AppServices {
+    std::unique_ptr<HeatCollector> collector;
+    std::unique_ptr<PreferenceStore> preferences;
+    /// The platform's real shutdowner, given the application log and the loop's post.
+    std::function<std::shared_ptr<Shutdowner>(LogSink, Post)> realShutdowner;
+    /// The platform's harmless permission check, for a dry run's "--real-probe".
+    BlockingProbe realProbe;
+    /// The platform's sound player for the engine's cues.
+    std::function<std::shared_ptr<Sounder>()> systemSounder;
+    /// The per-launch token; a fresh random one when empty.
+    std::string token;
+};
+
+/// The presentation's state, read by tests and by nothing else outside the controller.
+struct PresentationState {
+    /// Set once to none and never assigned again: the demonstration branches stay dormant.
+    AlertStage demoStage = AlertStage::none;
+    AlertStage liveStage = AlertStage::none;
+    AlertStage lastAnnounced = AlertStage::none;
+    UIMode mode = UIMode::home;
+    bool isExpanded = false;
+    bool wantSettings = false;
+    /// The page last loaded into the main web view; empty until one was found.
+    std::string pageName;
+    std::string liveJSON = "{}";
+    std::int64_t liveCount = 0;
+    bool heatItem = false;
+    std::optional<TimerId> emergencyRepeatTimer;
+};
+
+/// The application's logic on every platform: start-up, the bridge to the pages, the stage
+/// presentation, the menus and the appearance. It owns the watchdog's parts; the shell only
+/// performs what it is told and reports what the user did. Everything runs on `loop`.
+class AppController {
+  public:
+    AppController(LaunchOptions opts, Shell& shell, MainLoop& loop, AppServices services);
+    ~AppController();
+    AppController(const AppController&) = delete;
+    AppController& operator=(const AppController&) = delete;
+    AppController(AppController&&) = delete;
+    AppController& operator=(AppController&&) = delete;
+
+    /// The whole start-up: log, actuators, stores, engine, window, menus, first tick, timers.
+    void start();
+    /// Writes the quit line.
+    void willTerminate();
+    /// One line to the log, when the log is open.
+    void log(const std::string& line) const;
+    /// The log as a sink for other components; it does nothing once the controller is gone.
+    LogSink logSink() const;
+
+    // What the shell reports.
+    void receive(PageMessage message);
+    void pageFinished(WebView view);
+    void menuAction(MenuAction action);
+    void toggleMenuPopover();
+
+    // Timer bodies, also called after page commands.
+    void tick();
+    void sampleLive();
+
+    // Presentation, shared with the menus and page messages.
+    void expand(bool animate);
+    void collapse(bool animate);
+    void setAppearance(AppearancePref pref, bool fromPage);
+    void userShutdown();
+    void showCoolDownTips();
+    void resizeKeepingBottom(Size contentSize, bool animate);
+
+    AlertStage currentStage() const;
+    std::string baseTitle() const;
+
+    const LaunchOptions opts;
+    const std::string token;
+    AppearancePref appearance;
+    PresentationState ui;
+    std::unique_ptr<HeatCollector> live;
+    std::shared_ptr<FileLogger> logger;
+    std::shared_ptr<Shutdowner> shutdowner;
+    std::shared_ptr<Sounder> sounder;
+    std::unique_ptr<Engine> engine;
+
+  private:
+    // Start-up.
+    void chooseActuators();
+    void logSensorLines();
+    void buildEngine();
+    void createWindow();
+    void startEmergencyOrProbe();
+    void presentFirstTick();
+    void startTimers();
+
+    // Bridge.
+    void loadPage(const std::string& name);
+    void installUserScripts();
+    void pushRender(const nlohmann::json& view);
+    void pushLive();
+    void pushMenu();
+    void dispatch(const std::string& name, const nlohmann::json& body);
+    void handleSize(const nlohmann::json& body);
+    void handleTheme(const nlohmann::json& body);
+    void handleStageC(const nlohmann::json& body);
+    void runStageC(const std::string& action, const nlohmann::json& body);
+    void handleHeat(const nlohmann::json& body);
+    void runHeat(const std::string& action);
+    void onUserShutdownResult(const std::optional<ShutdownError>& error);
+
+    // Presentation.
+    void enterMode(UIMode next);
+    void handleStageChange(bool forceSound);
+    void applyHome();
+    void updateChrome(const nlohmann::json& view);
+    void startEmergencyRepeat();
+    void stopEmergencyRepeat();
+    void playSoftChime();
+    void playUrgentAlert();
+    void menuTestEmergency();
+    void reportStatus(const nlohmann::json& view);
+    void reportLive(const LiveInputs& inputs);
+
+    // Menu bar and appearance.
+    void buildMenus();
+    void setupMenuBarItem();
+    void updateAppearanceMenu();
+    void updateMenuBarItem(const LiveInputs& inputs);
+
+    /// Wraps work for the loop so that it does nothing once the controller is gone.
+    std::function<void()> guarded(std::function<void(AppController&)> work);
+
+    Shell& shell_;
+    MainLoop& loop_;
+    AppServices services_;
+    std::optional<TimerId> pollTimer_;
+    std::optional<TimerId> liveTimer_;
+    StatusReport status_;
+    std::shared_ptr<AppController*> self_ = std::make_shared<AppController*>(this);
+};
+
+}  // namespace velmora

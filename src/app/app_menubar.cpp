@@ -1,0 +1,97 @@
+#include <nlohmann/json.hpp>
+
+#include "app/app_controller.hpp"
+#include "app/bridge_scripts.hpp"
+#include "app/live_summary.hpp"
+#include "metrics/live_model.hpp"
+
+namespace velmora {
+
+void AppController::buildMenus() {
+    shell_.installMainMenu(mainMenu());
+    updateAppearanceMenu();
+}
+
+void AppController::setupMenuBarItem() {
+    shell_.createHeatItem("Heat \u2026", documentStartScript(token, rawValue(appearance)),
+                          popoverSize);
+    ui.heatItem = true;
+    if (const auto file = shell_.pageFile("menubar")) {
+        shell_.loadPage(WebView::menu, *file, file->parent_path());
+    }
+}
+
+void AppController::updateAppearanceMenu() {
+    for (const auto pref : allAppearances) {
+        shell_.setMenuItemChecked(appearanceAction(pref), pref == appearance);
+    }
+}
+
+void AppController::setAppearance(AppearancePref pref, bool fromPage) {
+    appearance = pref;
+    if (const auto problem = saveAppearance(pref, *services_.preferences)) {
+        log("ui: could not save the appearance preference: " + *problem);
+    }
+    shell_.applyAppearance(pref);
+    installUserScripts();
+    const auto call = themeCall(rawValue(pref));
+    if (!fromPage) shell_.evaluate(WebView::main, call);
+    if (ui.heatItem) shell_.evaluate(WebView::menu, call);
+    updateAppearanceMenu();
+    log("ui: appearance " + std::string(rawValue(pref)));
+}
+
+void AppController::sampleLive() {
+    const auto inputs = live->sample(loop_.now());
+    ui.liveJSON = LiveModel::json(inputs);
+    ui.liveCount += 1;
+    if (ui.liveCount % 10 == 1) log(liveSummaryLine(inputs));
+    updateMenuBarItem(inputs);
+    pushLive();
+    if (ui.heatItem && shell_.popoverShown()) pushMenu();
+    reportLive(inputs);
+}
+
+void AppController::updateMenuBarItem(const LiveInputs& inputs) {
+    if (!ui.heatItem) return;
+    shell_.setHeatItemTitle(heatItemTitle(inputs), heatItemColor(inputs));
+}
+
+void AppController::toggleMenuPopover() {
+    if (!ui.heatItem) return;
+    if (shell_.popoverShown()) {
+        shell_.closePopover();
+        return;
+    }
+    shell_.showPopover();
+    pushMenu();
+}
+
+void AppController::menuAction(MenuAction action) {
+    if (const auto pref = appearanceOf(action)) {
+        setAppearance(*pref, false);
+        return;
+    }
+    switch (action) {
+        case MenuAction::settings:
+            ui.wantSettings = true;
+            tick();
+            break;
+        case MenuAction::quit:
+            shell_.terminate();
+            break;
+        case MenuAction::testEmergency:
+            menuTestEmergency();
+            break;
+        case MenuAction::expand:
+            expand(true);
+            break;
+        case MenuAction::collapse:
+            collapse(true);
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace velmora

@@ -1,0 +1,161 @@
+#include <nlohmann/json.hpp>
+
+#include "actuators/mute_sounder.hpp"
+#include "app/app_controller.hpp"
+#include "app/bridge_scripts.hpp"
+#include "app/file_preferences.hpp"
+#include "app/token.hpp"
+#include "engine/engine_text.hpp"
+#include "policy/constants.hpp"
+#include "policy/platform_texts.hpp"
+
+namespace velmora {
+
+using engine_text::boolText;
+
+AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop,
+                             AppServices services)
+    : opts(std::move(options)),
+      token(services.token.empty() ? makeLaunchToken() : services.token),
+      appearance(AppearancePref::autoTheme),
+      live(std::move(services.collector)),
+      shell_(shell),
+      loop_(loop),
+      services_(std::move(services)) {
+    if (!services_.preferences) services_.preferences = std::make_unique<MemoryPreferences>();
+    appearance = loadAppearance(*services_.preferences);
+    live->forcedThermal = opts.forceThermal;
+}
+
+AppController::~AppController() {
+    for (const auto timer : {pollTimer_, liveTimer_, ui.emergencyRepeatTimer}) {
+        if (timer) loop_.stop(*timer);
+    }
+}
+
+void AppController::start() {
+    logger = std::make_shared<FileLogger>(opts.dataDir);
+    log("---- " + std::string(SC::appName) + " " + std::string(SC::version) +
+        " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
+        " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +
+        " dataDir=" + opts.dataDir.string() + ")");
+    chooseActuators();
+    logSensorLines();
+    buildEngine();
+    createWindow();
+    if (!opts.noMenuItem) setupMenuBarItem();
+    startEmergencyOrProbe();
+    shell_.showMainWindow(compactSize);
+    presentFirstTick();
+    startTimers();
+}
+
+void AppController::chooseActuators() {
+    if (opts.dryRun) {
+        shutdowner = std::make_shared<DryRunShutdowner>(
+            logSink(), DryRunOptions{opts.simulateDenied, opts.realProbe}, loop_.poster(),
+            services_.realProbe);
+    } else if (services_.realShutdowner) {
+        shutdowner = services_.realShutdowner(logSink(), loop_.poster());
+    } else {
+        // A build without a shutdown mechanism must still never pretend to have one.
+        log("shutdown: no shutdown mechanism on this platform; every shutdown is a dry run");
+        shutdowner = std::make_shared<DryRunShutdowner>(logSink(), DryRunOptions{}, loop_.poster(),
+                                                        services_.realProbe);
+    }
+    sounder = opts.mute || !services_.systemSounder ? std::make_shared<MuteSounder>(logSink())
+                                                    : services_.systemSounder();
+}
+
+void AppController::logSensorLines() {
+    log("stage-c sensor: LIVE collector snapshot (" + std::string(texts().thermalSource) +
+        ", 1 s); ladder map nominal=NORMAL fair=WARM serious=EXTREME HEAT (Stage A, warning "
+        "only) critical=EMERGENCY (Stage B/C). " +
+        std::string(texts().thermalNote));
+    const auto summary = live->sensorSummary();
+    // The first sample also tells whether a battery temperature can be read; sampling logs
+    // nothing, so the line still comes first in the log.
+    const auto first = live->sample(loop_.now());
+    log("live: " + summary + "; battery temp " +
+        (first.batteryTemp ? "available" : "not available"));
+}
+
+void AppController::buildEngine() {
+    auto* collector = live.get();
+    auto& loop = loop_;
+    auto sensor = std::make_shared<ThermalSensor>(
+        [collector, &loop] { return collector->currentThermal(loop.now()); });
+    Engine::Parts parts{
+        .sensor = std::move(sensor),
+        .settings = SettingsStore(opts.dataDir),
+        .markers = MarkerStore(opts.dataDir),
+        .shutdowner = shutdowner,
+        .sounder = sounder,
+        .alerter = Alerter(false),
+        .log = logSink(),
+    };
+    engine = std::make_unique<Engine>(std::move(parts), loop_.now());
+    if (opts.consent) engine->consent(*opts.consent, loop_.now());
+}
+
+void AppController::createWindow() {
+    shell_.createMainWindow(baseTitle(), compactSize);
+    installUserScripts();
+    buildMenus();
+}
+
+void AppController::startEmergencyOrProbe() {
+    if (opts.testEmergency) {
+        engine->startSim(loop_.now());
+    } else if (engine->settings.load().enabled()) {
+        engine->probePermission("launch", false);
+    }
+}
+
+void AppController::presentFirstTick() {
+    const auto view = engine->tick(loop_.now());
+    ui.liveStage = liveStageOf(view);
+    ui.mode = pickMode(view, ui.wantSettings);
+    handleStageChange(false);
+    if (ui.mode != UIMode::home) {
+        loadPage("stagec");
+        resizeKeepingBottom(expandedSize, false);
+    }
+    updateChrome(view);
+    reportStatus(view);
+}
+
+void AppController::startTimers() {
+    pollTimer_ = loop_.startRepeating(0.25, guarded([](AppController& app) { app.tick(); }));
+    sampleLive();
+    liveTimer_ = loop_.startRepeating(HeatCollector::interval,
+                                      guarded([](AppController& app) { app.sampleLive(); }));
+}
+
+void AppController::willTerminate() {
+    log("---- quit");
+}
+
+void AppController::log(const std::string& line) const {
+    if (logger) logger->log(line);
+}
+
+LogSink AppController::logSink() const {
+    std::weak_ptr<FileLogger> weak = logger;
+    return [weak](const std::string& line) {
+        if (const auto target = weak.lock()) target->log(line);
+    };
+}
+
+std::function<void()> AppController::guarded(std::function<void(AppController&)> work) {
+    std::weak_ptr<AppController*> weak = self_;
+    return [weak, work = std::move(work)] {
+        if (const auto self = weak.lock()) work(**self);
+    };
+}
+
+std::string AppController::baseTitle() const {
+    return std::string(SC::appName) + (opts.dryRun ? " · TEST MODE" : "");
+}
+
+}  // namespace velmora

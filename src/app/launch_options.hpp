@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/platform_dirs.hpp"
+#include "policy/thermal_state.hpp"
+
+namespace velmora {
+
+/// What the command line asked for. Every switch is matched by whole-argument equality; an
+/// argument nobody knows is ignored, and no argument is ever rejected.
+struct LaunchOptions {
+    bool testEmergency = false;
+    bool dryRun = false;
+    bool noMenuItem = false;
+    bool mute = false;
+    std::filesystem::path dataDir;
+    bool simulateDenied = false;
+    bool realProbe = false;
+
+    bool headless = false;
+    std::optional<ThermalState> forceThermal;
+    std::optional<bool> consent;
+    bool diagnose = false;
+    bool help = false;
+    bool version = false;
+
+    /// Values that were given but could not be used (an unknown thermal state name, a
+    /// consent answer other than on/off); the switch then keeps its default.
+    std::vector<std::string> warnings;
+
+    /// Nothing when the platform has no place for the data directory at all.
+    static std::optional<LaunchOptions> parse(const std::vector<std::string>& args,
+                                              const PlatformEnvironment& env);
+};
+
+/// The process's arguments as texts, the program path included.
+std::vector<std::string> argumentList(int argc, const char* const* argv);
+
+}  // namespace velmora

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "policy/sinks.hpp"
+#include "policy/timestamp.hpp"
+
+namespace velmora {
+
+using TimerId = std::uint64_t;
+
+/// The application's one thread of control: every timer, page message, menu action and
+/// background completion runs on it, so the controller and the engine need no locks.
+class MainLoop {
+  public:
+    virtual ~MainLoop() = default;
+
+    /// Runs `work` on the loop soon; callable from any thread.
+    virtual void post(std::function<void()> work) = 0;
+    /// Runs `work` once on the loop after `seconds`.
+    virtual TimerId postAfter(double seconds, std::function<void()> work) = 0;
+    /// Runs `work` on the loop every `seconds` until stopped.
+    virtual TimerId startRepeating(double seconds, std::function<void()> work) = 0;
+    /// Stops a repeating timer or a delayed post that has not run yet; unknown ids are ignored.
+    virtual void stop(TimerId id) = 0;
+    virtual Timestamp now() const = 0;
+
+    /// This loop's `post` as a plain function, for components that deliver completions.
+    Post poster() {
+        return [this](std::function<void()> work) { post(std::move(work)); };
+    }
+};
+
+}  // namespace velmora

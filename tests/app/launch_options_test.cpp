@@ -1,0 +1,139 @@
+#include "app/launch_options.hpp"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+PlatformEnvironment linuxUser() {
+    PlatformEnvironment env;
+    env.home = "/home/ada";
+    env.workingDir = "/srv/work";
+    return env;
+}
+
+LaunchOptions parsed(std::vector<std::string> args, const PlatformEnvironment& env = linuxUser()) {
+    args.insert(args.begin(), "/usr/bin/velmora-heat-monitor");
+    auto opts = LaunchOptions::parse(args, env);
+    EXPECT_TRUE(opts.has_value());
+    return opts.value_or(LaunchOptions{});
+}
+
+TEST(LaunchOptions, NoArgumentsGiveTheDefaults) {
+    const auto opts = parsed({});
+    EXPECT_FALSE(opts.testEmergency);
+    EXPECT_FALSE(opts.dryRun);
+    EXPECT_FALSE(opts.noMenuItem);
+    EXPECT_FALSE(opts.mute);
+    EXPECT_FALSE(opts.simulateDenied);
+    EXPECT_FALSE(opts.realProbe);
+    EXPECT_FALSE(opts.headless);
+    EXPECT_FALSE(opts.forceThermal.has_value());
+    EXPECT_FALSE(opts.consent.has_value());
+    EXPECT_EQ(opts.dataDir, "/home/ada/.local/share/velmora-heat-monitor");
+}
+
+TEST(LaunchOptions, TestEmergencyAloneImpliesDryRun) {
+    const auto opts = parsed({"--test-emergency"});
+    EXPECT_TRUE(opts.testEmergency);
+    EXPECT_TRUE(opts.dryRun);
+}
+
+TEST(LaunchOptions, SimulateDeniedWithoutDryRunHasNoEffect) {
+    const auto opts = parsed({"--simulate-denied", "--real-probe"});
+    EXPECT_FALSE(opts.dryRun);
+    EXPECT_FALSE(opts.simulateDenied);
+    EXPECT_FALSE(opts.realProbe);
+}
+
+TEST(LaunchOptions, SimulateDeniedAndRealProbeCountWithADryRun) {
+    EXPECT_TRUE(parsed({"--dry-run-shutdown", "--simulate-denied"}).simulateDenied);
+    EXPECT_TRUE(parsed({"--test-emergency", "--real-probe"}).realProbe);
+}
+
+TEST(LaunchOptions, MatchingIsByWholeArgument) {
+    const auto opts = parsed({"--mute=1", "--MUTE", "-m", "--dry-run", "--no-menu-item "});
+    EXPECT_FALSE(opts.mute);
+    EXPECT_FALSE(opts.dryRun);
+    EXPECT_FALSE(opts.noMenuItem);
+}
+
+TEST(LaunchOptions, UnknownArgumentsAreIgnored) {
+    const auto opts = parsed({"--frobnicate", "extra", "--mute"});
+    EXPECT_TRUE(opts.mute);
+    EXPECT_TRUE(opts.warnings.empty());
+}
+
+TEST(LaunchOptions, ProgramPathMatchesNothing) {
+    auto opts = LaunchOptions::parse({"--mute"}, linuxUser());
+    ASSERT_TRUE(opts);
+    EXPECT_TRUE(opts->mute);  // the first element is searched like the others
+}
+
+TEST(LaunchOptions, DataDirTildeIsTheHomeDirectory) {
+    EXPECT_EQ(parsed({"--data-dir", "~/heat"}).dataDir, "/home/ada/heat");
+    EXPECT_EQ(parsed({"--data-dir", "~"}).dataDir, "/home/ada");
+}
+
+TEST(LaunchOptions, DataDirRelativeIsResolvedAgainstTheWorkingDirectory) {
+    EXPECT_EQ(parsed({"--data-dir", "logs/run1"}).dataDir, "/srv/work/logs/run1");
+    EXPECT_EQ(parsed({"--data-dir", "../x"}).dataDir, "/srv/x");
+}
+
+TEST(LaunchOptions, DataDirAsLastArgumentKeepsTheDefault) {
+    EXPECT_EQ(parsed({"--data-dir"}).dataDir, "/home/ada/.local/share/velmora-heat-monitor");
+}
+
+TEST(LaunchOptions, FirstDataDirWins) {
+    EXPECT_EQ(parsed({"--data-dir", "/a", "--data-dir", "/b"}).dataDir, "/a");
+}
+
+TEST(LaunchOptions, DataDirValueIsAlsoSeenByTheOtherTests) {
+    const auto opts = parsed({"--data-dir", "--mute"});
+    EXPECT_TRUE(opts.mute);
+    EXPECT_EQ(opts.dataDir, "/srv/work/--mute");
+}
+
+TEST(LaunchOptions, NoDataHomeAndNoHomeIsFatal) {
+    PlatformEnvironment env;
+    env.workingDir = "/";
+    EXPECT_FALSE(LaunchOptions::parse({"prog", "--data-dir", "/tmp/x"}, env).has_value());
+}
+
+TEST(LaunchOptions, XdgDataHomeWinsOverHome) {
+    auto env = linuxUser();
+    env.xdgDataHome = "/data";
+    EXPECT_EQ(parsed({}, env).dataDir, "/data/velmora-heat-monitor");
+}
+
+TEST(LaunchOptions, LinuxAdditions) {
+    const auto opts = parsed({"--headless", "--force-thermal", "Critical", "--consent", "on",
+                              "--diagnose", "--help", "--version"});
+    EXPECT_TRUE(opts.headless);
+    EXPECT_EQ(opts.forceThermal, ThermalState::critical);
+    EXPECT_EQ(opts.consent, true);
+    EXPECT_TRUE(opts.diagnose);
+    EXPECT_TRUE(opts.help);
+    EXPECT_TRUE(opts.version);
+}
+
+TEST(LaunchOptions, ConsentOffIsRecordedAsFalse) {
+    EXPECT_EQ(parsed({"--consent", "off"}).consent, false);
+}
+
+TEST(LaunchOptions, BadValuesAreIgnoredWithAWarning) {
+    const auto opts = parsed({"--force-thermal", "boiling", "--consent", "yes"});
+    EXPECT_FALSE(opts.forceThermal.has_value());
+    EXPECT_FALSE(opts.consent.has_value());
+    ASSERT_EQ(opts.warnings.size(), 2U);
+    EXPECT_NE(opts.warnings[0].find("boiling"), std::string::npos);
+    EXPECT_NE(opts.warnings[1].find("yes"), std::string::npos);
+}
+
+TEST(LaunchOptions, ArgumentListKeepsEveryArgument) {
+    const char* argv[] = {"prog", "--mute", ""};
+    EXPECT_EQ(argumentList(3, argv), (std::vector<std::string>{"prog", "--mute", ""}));
+}
+
+}  // namespace
+}  // namespace velmora

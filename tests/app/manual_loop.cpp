@@ -1,0 +1,70 @@
+#include "app/manual_loop.hpp"
+
+#include <algorithm>
+
+namespace velmora::testing {
+
+void ManualLoop::post(std::function<void()> work) {
+    schedule(0, 0, std::move(work));
+}
+
+TimerId ManualLoop::postAfter(double seconds, std::function<void()> work) {
+    return schedule(seconds, 0, std::move(work));
+}
+
+TimerId ManualLoop::startRepeating(double seconds, std::function<void()> work) {
+    return schedule(seconds, seconds, std::move(work));
+}
+
+void ManualLoop::stop(TimerId id) {
+    std::lock_guard lock(mutex_);
+    std::erase_if(queue_, [id](const auto& item) { return item.second.id == id; });
+}
+
+Timestamp ManualLoop::now() const {
+    std::lock_guard lock(mutex_);
+    return now_;
+}
+
+std::size_t ManualLoop::pending() const {
+    std::lock_guard lock(mutex_);
+    return queue_.size();
+}
+
+bool ManualLoop::isScheduled(TimerId id) const {
+    std::lock_guard lock(mutex_);
+    return std::any_of(queue_.begin(), queue_.end(),
+                       [id](const auto& item) { return item.second.id == id; });
+}
+
+TimerId ManualLoop::schedule(double delay, double interval, std::function<void()> work) {
+    std::lock_guard lock(mutex_);
+    const TimerId id = ++sequence_;
+    queue_.emplace(Key{now_.secondsSinceEpoch + delay, id}, Entry{id, interval, std::move(work)});
+    return id;
+}
+
+bool ManualLoop::popDue(double until, Entry& entry) {
+    std::lock_guard lock(mutex_);
+    if (queue_.empty() || std::get<0>(queue_.begin()->first) > until) return false;
+    auto node = queue_.extract(queue_.begin());
+    now_ = Timestamp::fromSeconds(std::max(now_.secondsSinceEpoch, std::get<0>(node.key())));
+    entry = std::move(node.mapped());
+    if (entry.interval > 0) {
+        // Re-arm before running so that the work may stop its own timer.
+        queue_.emplace(Key{now_.secondsSinceEpoch + entry.interval, ++sequence_},
+                       Entry{entry.id, entry.interval, entry.work});
+    }
+    return true;
+}
+
+void ManualLoop::advance(double seconds) {
+    const double until = now().secondsSinceEpoch + seconds;
+    Entry entry{0, 0, {}};
+    while (popDue(until, entry))
+        entry.work();
+    std::lock_guard lock(mutex_);
+    now_ = Timestamp::fromSeconds(until);
+}
+
+}  // namespace velmora::testing

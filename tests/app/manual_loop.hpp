@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <tuple>
+
+#include "app/main_loop.hpp"
+
+namespace velmora::testing {
+
+/// A main loop on virtual time: nothing runs until the test advances the clock, and then
+/// every due post and timer runs in time order, each at its own instant.
+class ManualLoop final : public MainLoop {
+  public:
+    explicit ManualLoop(Timestamp start = Timestamp::fromSeconds(1'800'000'000.0)) : now_(start) {}
+
+    void post(std::function<void()> work) override;
+    TimerId postAfter(double seconds, std::function<void()> work) override;
+    TimerId startRepeating(double seconds, std::function<void()> work) override;
+    void stop(TimerId id) override;
+    Timestamp now() const override;
+
+    /// Runs everything due within the next `seconds`, then sets the clock to the end.
+    void advance(double seconds);
+    /// Runs what is due now (posts included) without moving the clock.
+    void runDue() { advance(0); }
+    /// How many posts and timers are waiting.
+    std::size_t pending() const;
+    bool isScheduled(TimerId id) const;
+
+  private:
+    struct Entry {
+        TimerId id;
+        double interval;  // 0 for a one-shot
+        std::function<void()> work;
+    };
+    /// Ordered by due time, then by scheduling order.
+    using Key = std::tuple<double, std::uint64_t>;
+
+    TimerId schedule(double delay, double interval, std::function<void()> work);
+    bool popDue(double until, Entry& entry);
+
+    mutable std::mutex mutex_;
+    Timestamp now_;
+    std::uint64_t sequence_ = 0;
+    std::map<Key, Entry> queue_;
+};
+
+}  // namespace velmora::testing
