@@ -2,5 +2,10 @@
 import { after } from 'node:test';
 import { closeBrowser } from './support/session.mjs';
 import './suites/index.mjs';
+import './suites/expanded.mjs';
+import './suites/stagec.mjs';
+import './suites/menubar.mjs';
+import './suites/common.mjs';
+import './suites/looks.mjs';
 
 after(closeBrowser);

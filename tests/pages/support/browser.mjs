@@ -1,11 +1,19 @@
 // One headless Chromium for the whole run, and pages opened the way the native shell
 // opens them: from file:// with the document-start globals and the message handlers.
-import { chromium } from 'playwright-core';
 import fs from 'node:fs';
 import path from 'node:path';
 import { fileURLToPath, pathToFileURL } from 'node:url';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
+
+async function loadPlaywright() {
+  try {
+    return (await import('playwright-core')).chromium;
+  } catch (err) {
+    throw new Error(`playwright-core is not installed in tests/pages (${err.code || err.message}); `
+      + 'run scripts/install-deps, or `npm ci` in tests/pages');
+  }
+}
 export const repoRoot = path.resolve(here, '../../..');
 export const resourcesDir = path.join(repoRoot, 'resources');
 export const fixturesDir = path.resolve(here, '../fixtures');
@@ -50,6 +58,7 @@ export function chromiumPath() {
 
 // Playwright gives every launch a fresh temporary profile directory of its own.
 export async function launchBrowser() {
+  const chromium = await loadPlaywright();
   return chromium.launch({ executablePath: chromiumPath(), headless: true, args: CHROMIUM_ARGS });
 }
 

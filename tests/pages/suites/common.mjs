@@ -1,0 +1,182 @@
+// What every page must do alike: theme, safety of texts, robustness, accessibility, cost.
+import { describe, it } from 'node:test';
+import assert from 'node:assert/strict';
+import fs from 'node:fs';
+import path from 'node:path';
+import { readFixture, renderLive, renderView, resourcesDir, sent } from '../support/browser.mjs';
+import { withPage, tabOrder, visibleButtons, text } from '../support/session.mjs';
+
+const PAGES = ['index', 'expanded', 'stagec', 'menubar'];
+const MARKUP = '<img src=x onerror="window.__injected=1"><b>bold</b>';
+
+describe('all pages', () => {
+  it('carry a policy that forbids frames and remote sources', () => {
+    for (const name of PAGES) {
+      const html = fs.readFileSync(path.join(resourcesDir, `${name}.html`), 'utf8');
+      const policy = html.match(/http-equiv="Content-Security-Policy" content="([^"]+)"/);
+      assert.ok(policy, `${name} has a policy`);
+      assert.match(policy[1], /frame-src 'none'/);
+      assert.match(policy[1], /default-src 'none'/);
+      assert.doesNotMatch(policy[1], /https?:|\*|'unsafe-inline'|'unsafe-eval'/);
+      assert.doesNotMatch(html, /(src|href)="(https?:)?\/\//, `${name} loads nothing remote`);
+    }
+  });
+
+  it('load only their own files and refuse a frame', async () => {
+    for (const name of PAGES) {
+      const requests = [];
+      await withPage(name, {}, async (page, opened) => {
+        opened.context.on('request', (r) => requests.push(r.url()));
+        await page.reload();
+        await page.evaluate(() => {
+          const frame = document.createElement('iframe');
+          frame.src = 'data:text/html,<p>framed</p>';
+          document.body.appendChild(frame);
+        });
+        await page.waitForTimeout(100);
+        const framed = page.frames().slice(1);
+        const loaded = await Promise.all(framed.map((f) => f.evaluate(() => document.body && document.body.textContent).catch(() => null)));
+        assert.ok(!loaded.includes('framed'), `${name} showed a frame`);
+        opened.errors.length = 0;
+      });
+      assert.ok(requests.length > 0);
+      for (const url of requests) assert.match(url, /^(file|data):/, `${name} requested ${url}`);
+    }
+  });
+
+  it('start from the injected theme and follow the emulated colour scheme on auto', async () => {
+    for (const name of PAGES) {
+      await withPage(name, { theme: 'auto', colorScheme: 'dark' }, async (page) => {
+        assert.equal(await page.getAttribute('html', 'data-theme'), 'dark');
+        const darkBg = await page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+        await page.emulateMedia({ colorScheme: 'light' });
+        await page.waitForFunction(() => document.documentElement.getAttribute('data-theme') === 'light',
+          null, { timeout: 3000 });
+        assert.notEqual(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), darkBg);
+        await page.evaluate(() => window.heatTheme.set('dark', true));
+        assert.equal(await page.getAttribute('html', 'data-theme'), 'dark');
+        assert.deepEqual(await sent(page), [], `${name} echoed a native theme change`);
+      });
+      await withPage(name, { theme: 'dark', colorScheme: 'light' }, async (page) => {
+        assert.equal(await page.getAttribute('html', 'data-theme'), 'dark');
+        await page.evaluate(() => window.heatTheme.set('nonsense', true));
+        assert.equal(await page.getAttribute('html', 'data-theme'), 'dark');
+      });
+    }
+  });
+
+  it('show texts that contain markup literally', async () => {
+    await withPage('stagec', {}, async (page) => {
+      const view = readFixture('views', 'fired');
+      await renderView(page, { ...view, err: MARKUP, temp: MARKUP }, 'count');
+      assert.equal(await text(page, '#count-err'), MARKUP);
+      assert.equal(await text(page, '#count-temp'), MARKUP);
+      const manual = readFixture('views', 'manual');
+      await renderView(page, { ...manual, manual: { reason: MARKUP, perm: false } }, 'manual');
+      assert.equal(await text(page, '#manual-reason'), MARKUP);
+      await renderView(page, { ...readFixture('views', 'perm'), permMsg: MARKUP }, 'perm');
+      assert.equal(await text(page, '#perm-msg'), MARKUP);
+      await renderView(page, { ...readFixture('views', 'settings'), thermalNote: MARKUP }, 'settings');
+      assert.equal(await text(page, '#settings-note'), MARKUP);
+      assert.equal(await page.$$eval('[data-screen] img, [data-screen] b', (els) => els.length), 0);
+      assert.equal(await page.evaluate(() => window.__injected), undefined);
+    });
+    for (const name of ['index', 'expanded', 'menubar']) {
+      await withPage(name, {}, async (page) => {
+        const live = readFixture('live', 'normal');
+        live.status.label = MARKUP;
+        live.sensorList[0].name = MARKUP;
+        await renderLive(page, live);
+        assert.equal(await text(page, '#level-label'), MARKUP);
+        if (name === 'expanded') assert.equal(await text(page, '#sensor-list li .sensor-name'), MARKUP);
+        assert.equal(await page.$$eval('main img, main b', (els) => els.length), 0);
+        assert.equal(await page.evaluate(() => window.__injected), undefined);
+      });
+    }
+  });
+
+  it('render views and snapshots with missing or odd keys without throwing', async () => {
+    const odd = [{}, null, [], 'text', { cpu: 'hot', spark: 'x', coreLoads: {}, sensorList: [null, 3] },
+      { status: { label: 7 }, cpuTemp: { value: null, fill: 'x' }, spark: [1, null, 'a', 400] }];
+    for (const name of ['index', 'expanded', 'menubar']) {
+      await withPage(name, {}, async (page) => {
+        for (const live of odd) await renderLive(page, live);
+        assert.equal(await text(page, '#cpu-temp'), 'n/a');
+        assert.equal(await text(page, '#level-label'), '7');
+      });
+    }
+    await withPage('stagec', {}, async (page) => {
+      for (const mode of ['home', 'count', 'lead', 'consent', 'relief', 'settings', 'simdone', 'perm', 'manual', 'bogus']) {
+        for (const view of [{}, null, { manual: 'x', relief: 5, remainingMs: 'soon' }]) {
+          await renderView(page, view, mode);
+        }
+      }
+      await renderView(page, {}, 'count');
+      assert.equal(await text(page, '#count-secs'), '0');
+      await renderView(page, {}, 'manual');
+      assert.equal(await text(page, '#manual-reason'), 'n/a');
+    });
+  });
+
+  it('honour reduced motion', async () => {
+    const duration = (page, selector) => page.$eval(selector, (el) => getComputedStyle(el).transitionDuration);
+    await withPage('stagec', { reducedMotion: 'reduce' }, async (page) => {
+      await renderView(page, readFixture('views', 'count'), 'count');
+      assert.equal(await duration(page, '#ring-fill'), '0s');
+    });
+    await withPage('stagec', { reducedMotion: 'no-preference' }, async (page) => {
+      await renderView(page, readFixture('views', 'count'), 'count');
+      assert.notEqual(await duration(page, '#ring-fill'), '0s');
+    });
+    await withPage('expanded', { reducedMotion: 'reduce' }, async (page) => {
+      await renderLive(page, readFixture('live', 'normal'));
+      assert.equal(await duration(page, '.bar > i'), '0s');
+      assert.equal(await duration(page, '.core-bar > i'), '0s');
+    });
+  });
+
+  it('use no timers or animation frames: they redraw only when called', async () => {
+    for (const name of PAGES) {
+      await withPage(name, { stage: 'extreme' }, async (page) => {
+        await renderLive(page, readFixture('live', 'normal'));
+        await renderView(page, readFixture('views', 'count'), 'count');
+        await page.waitForTimeout(300);
+        assert.deepEqual(await page.evaluate(() => window.__timers), { interval: 0, timeout: 0, frame: 0 }, name);
+      });
+    }
+  });
+});
+
+describe('keyboard use', () => {
+  async function reachesEveryButton(page, label) {
+    const buttons = await visibleButtons(page);
+    // Tab starts from wherever focus was, so compare the cycle from the first control on.
+    const cycle = await tabOrder(page);
+    const start = Math.max(0, cycle.findIndex((f) => f.id === buttons[0]));
+    const order = cycle.slice(start).concat(cycle.slice(0, start));
+    assert.deepEqual(order.map((f) => f.id), buttons, `${label}: tab order`);
+    for (const f of order) assert.ok(f.outline, `${label}: ${f.id} shows its focus`);
+  }
+
+  it('reaches every control of the home pages and the popover', async () => {
+    await withPage('index', {}, async (page) => reachesEveryButton(page, 'index'));
+    await withPage('expanded', { stage: 'extreme' }, async (page) => reachesEveryButton(page, 'expanded'));
+    await withPage('menubar', {}, async (page) => reachesEveryButton(page, 'menubar'));
+  });
+
+  it('reaches every control of every stage screen, and Enter presses it', async () => {
+    await withPage('stagec', {}, async (page) => {
+      const screens = [['count', 'count'], ['lead', 'lead'], ['consent', 'consent'], ['relief', 'relief'],
+        ['settings-denied', 'settings'], ['simdone', 'simdone'], ['perm', 'perm'], ['manual-perm', 'manual'], ['home', 'home']];
+      for (const [fixture, mode] of screens) {
+        await renderView(page, readFixture('views', fixture), mode);
+        await reachesEveryButton(page, mode);
+      }
+      await renderView(page, readFixture('views', 'count'), 'count');
+      await page.focus('#count-cancel');
+      await sent(page);
+      await page.keyboard.press('Enter');
+      assert.deepEqual((await sent(page)).map((m) => m.body.action), ['cancel']);
+    });
+  });
+});
