@@ -85,10 +85,9 @@ std::optional<Timestamp> parseRFC3339(std::string_view text) {
                                            std::chrono::month{static_cast<unsigned>(month)},
                                            std::chrono::day{static_cast<unsigned>(day)}};
     if (!date.ok()) return std::nullopt;  // 30 February and the like
-    const auto midnight = std::chrono::sys_days{date}.time_since_epoch();
-    const auto local =
-        std::chrono::duration_cast<seconds>(midnight).count() + hour * 3600 + minute * 60 + second;
-    return Timestamp::fromSeconds(static_cast<double>(local - *offset));
+    const sys_seconds instant = std::chrono::sys_days{date} + std::chrono::hours{hour} +
+                                std::chrono::minutes{minute} + seconds{second} - seconds{*offset};
+    return Timestamp::fromSeconds(static_cast<double>(instant.time_since_epoch().count()));
 }
 
 }  // namespace velmora

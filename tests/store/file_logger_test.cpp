@@ -1,0 +1,182 @@
+#include "store/file_logger.hpp"
+
+#include "store/log_time.hpp"
+#include "temp_dir.hpp"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace velmora {
+namespace {
+
+using testing::linesOf;
+using testing::readText;
+using testing::TempDir;
+using testing::writeText;
+
+// True when `stamp` has the form "yyyy-MM-dd HH:mm:ss.SSS".
+bool isLogStamp(std::string_view stamp) {
+    constexpr std::string_view form = "dddd-dd-dd dd:dd:dd.ddd";
+    if (stamp.size() != form.size()) return false;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const bool digit = stamp[i] >= '0' && stamp[i] <= '9';
+        if (form[i] == 'd' ? !digit : stamp[i] != form[i]) return false;
+    }
+    return true;
+}
+
+// The message of a log line, or nothing when the line is not timestamp, blank, message.
+std::optional<std::string> messageOf(const std::string& line) {
+    constexpr std::size_t stampSize = 23;
+    if (line.size() <= stampSize || !isLogStamp(line.substr(0, stampSize))) return std::nullopt;
+    if (line[stampSize] != ' ') return std::nullopt;
+    return line.substr(stampSize + 1);
+}
+
+// Logs one message through a logger that is gone, and so has written it, on return.
+void logThroughFreshLogger(const std::filesystem::path& dir, std::string_view message) {
+    FileLogger logger(dir);
+    logger.log(message);
+}
+
+TEST(FileLogger, FirstLogOnAnEmptyDirectoryCreatesTheFileWithOneLine) {
+    const TempDir tmp;
+    {
+        FileLogger logger(tmp.path());
+        EXPECT_EQ(logger.url(), tmp / "heat.log");
+        logger.log("stage-c: countdown reached 0");
+    }
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(messageOf(lines[0]), "stage-c: countdown reached 0");
+}
+
+TEST(FileLogger, TimestampIsTheLocalTimeOfTheCall) {
+    const TempDir tmp;
+    const auto before = formatLogTime(Timestamp::now());
+    std::string after;
+    {
+        FileLogger logger(tmp.path());
+        logger.log("x");
+        after = formatLogTime(Timestamp::now());
+    }
+    const std::string stamp = readText(tmp / "heat.log").substr(0, before.size());
+    EXPECT_LE(before, stamp);
+    EXPECT_LE(stamp, after);
+}
+
+TEST(FileLogger, FileOfExactlyOneMillionBytesIsKept) {
+    const TempDir tmp;
+    writeText(tmp / "heat.log", std::string(1'000'000, 'a'));
+    logThroughFreshLogger(tmp.path(), "next");
+    const std::string text = readText(tmp / "heat.log");
+    EXPECT_EQ(text.substr(0, 1'000'000), std::string(1'000'000, 'a'));
+    EXPECT_EQ(messageOf(text.substr(1'000'000, text.size() - 1'000'001)), "next");
+}
+
+TEST(FileLogger, FileOfOneMillionAndOneBytesIsDeletedBeforeTheFirstEntry) {
+    const TempDir tmp;
+    writeText(tmp / "heat.log", std::string(1'000'001, 'a'));
+    {
+        FileLogger logger(tmp.path());
+        EXPECT_FALSE(std::filesystem::exists(tmp / "heat.log"));
+        logger.log("fresh start");
+    }
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(messageOf(lines[0]), "fresh start");
+}
+
+TEST(FileLogger, TwoThreadsLoggingAtOnceGiveWholeLinesInEachThreadsOrder) {
+    const TempDir tmp;
+    constexpr int perThread = 400;
+    const std::string padding(200, '.');
+    {
+        FileLogger logger(tmp.path());
+        auto worker = [&](char name) {
+            for (int i = 0; i < perThread; ++i) {
+                logger.log(std::string(1, name) + " " + std::to_string(i) + " " + padding);
+            }
+        };
+        std::thread a(worker, 'a');
+        std::thread b(worker, 'b');
+        a.join();
+        b.join();
+    }
+    int next[2] = {0, 0};
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U * perThread);
+    for (const auto& line : lines) {
+        const auto message = messageOf(line);
+        ASSERT_TRUE(message.has_value()) << line;
+        const int who = (*message)[0] == 'a' ? 0 : 1;
+        EXPECT_EQ(*message,
+                  std::string(1, "ab"[who]) + " " + std::to_string(next[who]++) + " " + padding);
+    }
+}
+
+TEST(FileLogger, EmptyMessageYieldsTimestampBlankAndLineFeed) {
+    const TempDir tmp;
+    logThroughFreshLogger(tmp.path(), "");
+    const std::string text = readText(tmp / "heat.log");
+    ASSERT_EQ(text.size(), 25U);  // "yyyy-MM-dd HH:mm:ss.SSS" + blank + line feed
+    EXPECT_EQ(text.substr(23), " \n");
+    EXPECT_EQ(messageOf(text.substr(0, 24)), "");
+}
+
+TEST(FileLogger, MessageWithLineFeedsIsWrittenAsIsBehindOneTimestamp) {
+    const TempDir tmp;
+    logThroughFreshLogger(tmp.path(), "first\nsecond");
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(messageOf(lines[0]), "first");
+    EXPECT_EQ(lines[1], "second");
+}
+
+TEST(FileLogger, EntriesAreAppendedToAnExistingLog) {
+    const TempDir tmp;
+    writeText(tmp / "heat.log", "earlier line\n");
+    logThroughFreshLogger(tmp.path(), "later line");
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], "earlier line");
+    EXPECT_EQ(messageOf(lines[1]), "later line");
+}
+
+TEST(FileLogger, DestructionWritesEveryQueuedEntryInOrder) {
+    const TempDir tmp;
+    constexpr int count = 2000;
+    {
+        FileLogger logger(tmp.path());
+        for (int i = 0; i < count; ++i)
+            logger.log(std::to_string(i));
+    }
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        EXPECT_EQ(messageOf(lines[i]), std::to_string(i));
+}
+
+TEST(FileLogger, DrainReturnsOnceEarlierEntriesAreOnDisk) {
+    const TempDir tmp;
+    FileLogger logger(tmp.path());
+    logger.log("one");
+    logger.log("two");
+    logger.drain();
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(messageOf(lines[1]), "two");
+}
+
+TEST(FileLogger, ConstructorCreatesTheDataDirectory) {
+    const TempDir tmp;
+    const FileLogger logger(tmp / "a" / "b");
+    EXPECT_TRUE(std::filesystem::is_directory(tmp / "a" / "b"));
+}
+
+}  // namespace
+}  // namespace velmora
