@@ -10,7 +10,7 @@ struct MemoryInfo {
     double usedGB = 0.0;
     double totalGB = 0.0;
     /// "Normal", "Warning" or "Critical"; absent when the platform does not say.
-    std::optional<std::string> pressure;
+    std::optional<std::string> pressure{};
 
     bool operator==(const MemoryInfo&) const = default;
 };
@@ -18,8 +18,8 @@ struct MemoryInfo {
 struct FanReading {
     int index = 0;
     double rpm = 0.0;
-    std::optional<double> minRPM;
-    std::optional<double> maxRPM;
+    std::optional<double> minRPM{};
+    std::optional<double> maxRPM{};
 
     bool operator==(const FanReading&) const = default;
 };
@@ -33,12 +33,12 @@ struct PowerReading {
 };
 
 struct BatteryInfo {
-    std::optional<int> percent;
-    std::optional<bool> charging;
-    std::optional<bool> onAC;
+    std::optional<int> percent{};
+    std::optional<bool> charging{};
+    std::optional<bool> onAC{};
     /// Milliamperes, negative while discharging.
-    std::optional<double> amperageMA;
-    std::optional<double> voltageMV;
+    std::optional<double> amperageMA{};
+    std::optional<double> voltageMV{};
 
     bool operator==(const BatteryInfo&) const = default;
 };

@@ -54,11 +54,17 @@ std::string fansSource(const std::vector<HwmonFan>& fans) {
 
 std::string LinuxBackend::sensorSummary() {
     if (!discoveredAt_) discover(Timestamp::now());
-    const std::size_t sources = deriver_.sourceCount() + inv_.throttleCounters.size();
+    const std::size_t temps = deriver_.sourceCount();
+    const std::size_t counters = inv_.throttleCounters.size();
     std::string summary = "hwmon: " + chipsText(inv_.hwmon);
     summary += "; thermal zones: " + zonesText(inv_.zones);
-    summary += "; thermal state sources: " + std::to_string(sources);
-    if (sources == 0) summary += " (none usable: the thermal state stays Nominal)";
+    summary += "; thermal state from: ";
+    if (temps + counters == 0) {
+        summary += "nothing (it stays Nominal)";
+    } else {
+        summary += counted(static_cast<int>(temps), "temperature") + " with limits, " +
+                   counted(static_cast<int>(counters), "throttle counter");
+    }
     const auto& battery = inv_.supplies.battery;
     summary += "; battery: " + (battery ? battery->name : std::string("none"));
     summary += "; AC: " + joined(inv_.supplies.acNames);

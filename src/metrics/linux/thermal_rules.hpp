@@ -23,17 +23,17 @@ struct ThermalCondition {
 struct TripPoint {
     std::string type;
     double celsius = 0.0;
-    std::optional<double> hysteresis;
+    std::optional<double> hysteresis{};
 };
 
 /// An hwmon temperature's limits (absolute degrees Celsius, hysteresis values included).
 struct HwmonLimits {
-    std::optional<double> max;
-    std::optional<double> maxHyst;
-    std::optional<double> crit;
-    std::optional<double> critHyst;
-    std::optional<double> emergency;
-    std::optional<double> emergencyHyst;
+    std::optional<double> max{};
+    std::optional<double> maxHyst{};
+    std::optional<double> crit{};
+    std::optional<double> critHyst{};
+    std::optional<double> emergency{};
+    std::optional<double> emergencyHyst{};
 };
 
 /// The least a temperature must fall below the threshold that raised a state.
