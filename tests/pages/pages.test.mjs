@@ -7,5 +7,6 @@ import './suites/stagec.mjs';
 import './suites/menubar.mjs';
 import './suites/common.mjs';
 import './suites/looks.mjs';
+import './suites/engine.mjs';
 
 after(closeBrowser);

@@ -29,16 +29,18 @@ describe('looks', () => {
   for (const theme of ['light', 'dark']) {
     it(`home pages and popover in ${theme}`, async () => {
       for (const name of ['index', 'expanded', 'menubar']) {
-        for (const [live, stage] of HOME_SHOTS) {
-          await withPage(name, { theme, stage }, async (page) => {
+        await withPage(name, { theme }, async (page) => {
+          for (const [live, stage] of HOME_SHOTS) {
+            await page.evaluate((s) => window.applyHeatStage && window.applyHeatStage(s), stage);
             await renderLive(page, readFixture('live', live));
             await check(page, `${name}-${live}-${theme}`);
             if (name === 'expanded') {
               await page.$eval('#dash', (el) => { el.scrollTop = el.scrollHeight; });
               await check(page, `${name}-${live}-${theme}-end`);
+              await page.$eval('#dash', (el) => { el.scrollTop = 0; });
             }
-          });
-        }
+          }
+        });
       }
     });
 
