@@ -137,6 +137,7 @@ describe('stagec page', () => {
       assert.equal(await text(page, '#auto-label'), 'Auto-shutdown in emergency');
       assert.equal(await page.getAttribute('#auto-switch', 'aria-checked'), 'true');
       assert.deepEqual(await click(page, '#auto-switch'), [stagec('toggle', false)]);
+      assert.equal(await text(page, '#settings-test'), 'Test emergency');
       assert.deepEqual(await click(page, '#settings-test'), [stagec('test')]);
       assert.deepEqual(await click(page, '#settings-recheck'), [stagec('recheck')]);
       assert.deepEqual(await click(page, '#settings-open'), [stagec('openAutomation')]);
