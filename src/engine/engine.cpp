@@ -39,7 +39,7 @@ Engine::Engine(Parts parts, Timestamp now)
       snd(std::move(parts.sounder)),
       log(std::move(parts.log)),
       set(settings.load()),
-      alerter(std::move(parts.alerter)),
+      alerter(parts.alerter),
       lastNow(now),
       words_(*parts.platformTexts) {
     logStart();

@@ -146,6 +146,9 @@ class Engine {
     void logStateChange(Timestamp now, bool critical, bool enabled);
     void checkFailsafe(Timestamp now);
     void stepSimulation(Timestamp now);
+    /// Takes saved settings as the ones in force, or logs why they could not be saved.
+    bool adoptSaved(const StoreResult<Settings>& saved, const std::string& failurePrefix,
+                    const std::string& savedLine);
     void emit(const std::string& line) const;
     std::string thermalWord() const;
     const Machine& shown() const { return sim ? *sim : real; }

@@ -84,27 +84,25 @@ void Engine::userShutdownFailed(const ShutdownError& error) {
 }
 
 bool Engine::consent(bool on, Timestamp now) {
-    const auto saved = settings.recordConsent(on, now);
-    if (!saved) {
-        emit("stage-c: ERROR saving consent: " + saved.error().message);
-        return false;
-    }
-    set = *saved;
-    emit("stage-c: consent recorded: autoShutdown=" + boolText(on));
-    if (on) probePermission(kAutoShutdownTurnedOn, true);
-    return true;
+    return adoptSaved(settings.recordConsent(on, now), "stage-c: ERROR saving consent: ",
+                      "stage-c: consent recorded: autoShutdown=" + boolText(on));
 }
 
 bool Engine::setAuto(bool on, Timestamp now) {
-    const auto saved = settings.setAutoShutdown(on, now);
+    return adoptSaved(settings.setAutoShutdown(on, now), "stage-c: ERROR saving setting: ",
+                      "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
+                          " (consentRecorded=true)");
+}
+
+bool Engine::adoptSaved(const StoreResult<Settings>& saved, const std::string& failurePrefix,
+                        const std::string& savedLine) {
     if (!saved) {
-        emit("stage-c: ERROR saving setting: " + saved.error().message);
+        emit(failurePrefix + saved.error().message);  // the previous settings stay in force
         return false;
     }
     set = *saved;
-    emit("stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
-         " (consentRecorded=true)");
-    if (on) probePermission(kAutoShutdownTurnedOn, true);
+    emit(savedLine);
+    if (set.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
     return true;
 }
 
