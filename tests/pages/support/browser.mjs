@@ -95,18 +95,34 @@ function documentStart({ token, theme, stage, demo, handlers }) {
   window.requestAnimationFrame = wrap('frame', window.requestAnimationFrame);
 }
 
+// Opening a tab costs a new renderer process, so tabs are kept and reused: each use
+// installs its own document-start script, emulation and window size, then navigates.
+const idleTabs = [];
+
+async function newTab(browser) {
+  const context = await browser.newContext();
+  const page = await context.newPage();
+  const tab = { context, page, errors: [] };
+  page.on('pageerror', (err) => tab.errors.push(err));
+  page.on('console', (msg) => { if (msg.type() === 'error') tab.errors.push(new Error(msg.text())); });
+  return tab;
+}
+
+// The kept tabs die with their browser.
+export function forgetTabs() {
+  idleTabs.length = 0;
+}
+
 export async function openPage(browser, name, options = {}) {
-  const context = await browser.newContext({
-    viewport: SIZES[name],
-    deviceScaleFactor: options.scale || 1,
+  const tab = idleTabs.pop() || await newTab(browser);
+  const { page, context } = tab;
+  tab.errors = [];
+  await page.setViewportSize(SIZES[name]);
+  await page.emulateMedia({
     colorScheme: options.colorScheme || 'light',
     reducedMotion: options.reducedMotion || 'no-preference',
   });
-  const page = await context.newPage();
-  const errors = [];
-  page.on('pageerror', (err) => errors.push(err));
-  page.on('console', (msg) => { if (msg.type() === 'error') errors.push(new Error(msg.text())); });
-  await page.addInitScript(documentStart, {
+  const script = await page.addInitScript(documentStart, {
     token: options.token === undefined ? TOKEN : options.token,
     theme: options.theme === undefined ? 'light' : options.theme,
     stage: options.stage === undefined ? null : options.stage,
@@ -114,7 +130,13 @@ export async function openPage(browser, name, options = {}) {
     handlers: options.handlers || HANDLERS[name],
   });
   await page.goto(pageUrl(name, options.query));
-  return { page, context, errors, close: () => context.close() };
+  const close = async () => {
+    await script.dispose();
+    context.removeAllListeners('request');
+    await page.goto('about:blank');
+    idleTabs.push(tab);
+  };
+  return { page, context, errors: tab.errors, close };
 }
 
 export async function sent(page) {

@@ -1,6 +1,6 @@
 // The browser shared by every suite of one run, and the page helpers the suites use.
 import assert from 'node:assert/strict';
-import { launchBrowser, openPage, sent } from './browser.mjs';
+import { forgetTabs, launchBrowser, openPage, sent } from './browser.mjs';
 
 let launching = null;
 
@@ -12,6 +12,7 @@ export function browser() {
 export async function closeBrowser() {
   if (launching) await (await launching).close();
   launching = null;
+  forgetTabs();
 }
 
 // Opens a page, hands it to `body`, then checks the page raised no script error.
