@@ -150,8 +150,13 @@
     Object.keys(screens).forEach(function (name) { D.show(screens[name], name === mode); });
     shown = mode;
     document.documentElement.setAttribute('data-mode', mode);
+    if (mode !== 'count') lastCue = null;
+  }
+
+  // Once a new screen is filled in: say its title (the countdown speaks for itself) and put
+  // the keyboard on its first safe control.
+  function arrived(mode) {
     if (mode !== 'count') {
-      lastCue = null;
       const title = screens[mode].querySelector('h1');
       say(title ? title.textContent : '');
     }
@@ -163,8 +168,10 @@
     render: function (view, mode) {
       const v = dict(view) || {};
       const m = MODES.indexOf(mode) >= 0 ? mode : 'home';
-      if (m !== shown) switchTo(m);
+      const changed = m !== shown;
+      if (changed) switchTo(m);
       if (RENDER[m]) RENDER[m](v);
+      if (changed) arrived(m);
     },
   };
 

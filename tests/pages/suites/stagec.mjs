@@ -128,6 +128,10 @@ describe('stagec page', () => {
       await show(page, 'relief-cancelled', 'relief');
       assert.equal(await text(page, '#relief-title'), 'It cooled down');
       assert.match(await text(page, '#relief-text'), /cancelled/);
+      // A screen is announced by the title it has once filled in, not the one it had before.
+      await show(page, 'home', 'home');
+      await show(page, 'relief', 'relief');
+      assert.equal(await text(page, '#announce'), 'Welcome back');
     });
   });
 
