@@ -65,6 +65,17 @@ describe('all pages', () => {
     }
   });
 
+  it('take the token and theme from the native document-start script', async () => {
+    const token = 'A1B2C3D4-0000-4E5F-8A7B-ABCDEFABCDEF';
+    const nativeScript = `window.__HEAT_TOKEN__ = '${token}'; window.__HEAT_THEME__ = 'dark';`;
+    await withPage('stagec', { nativeScript, token: null, theme: null }, async (page) => {
+      assert.equal(await page.getAttribute('html', 'data-theme'), 'dark');
+      await renderView(page, readFixture('views', 'perm'), 'perm');
+      await page.click('#perm-recheck');
+      assert.deepEqual(await sent(page), [{ name: 'stagec', body: { action: 'recheck', token } }]);
+    });
+  });
+
   it('show texts that contain markup literally', async () => {
     await withPage('stagec', {}, async (page) => {
       const view = readFixture('views', 'fired');

@@ -122,6 +122,8 @@ export async function openPage(browser, name, options = {}) {
     colorScheme: options.colorScheme || 'light',
     reducedMotion: options.reducedMotion || 'no-preference',
   });
+  // The native side's own document-start text, when a test wants it verbatim.
+  const nativeScript = options.nativeScript ? await page.addInitScript({ content: options.nativeScript }) : null;
   const script = await page.addInitScript(documentStart, {
     token: options.token === undefined ? TOKEN : options.token,
     theme: options.theme === undefined ? 'light' : options.theme,
@@ -132,6 +134,7 @@ export async function openPage(browser, name, options = {}) {
   await page.goto(pageUrl(name, options.query));
   const close = async () => {
     await script.dispose();
+    if (nativeScript) await nativeScript.dispose();
     context.removeAllListeners('request');
     await page.goto('about:blank');
     idleTabs.push(tab);
