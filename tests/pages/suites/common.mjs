@@ -146,6 +146,31 @@ describe('all pages', () => {
     });
   });
 
+  it('write nothing when the same snapshot or view is pushed again', async () => {
+    const watch = (page) => page.evaluate(() => {
+      window.__mutations = 0;
+      new MutationObserver((records) => { window.__mutations += records.length; })
+        .observe(document.documentElement, { subtree: true, childList: true, attributes: true, characterData: true });
+    });
+    for (const name of ['index', 'expanded', 'menubar']) {
+      await withPage(name, {}, async (page) => {
+        const live = readFixture('live', 'normal');
+        await renderLive(page, live);
+        await watch(page);
+        await renderLive(page, live);
+        assert.equal(await page.evaluate(() => window.__mutations), 0, name);
+      });
+    }
+    await withPage('stagec', {}, async (page) => {
+      for (const [fixture, mode] of [['count', 'count'], ['settings', 'settings'], ['manual', 'manual']]) {
+        await renderView(page, readFixture('views', fixture), mode);
+        await watch(page);
+        await renderView(page, readFixture('views', fixture), mode);
+        assert.equal(await page.evaluate(() => window.__mutations), 0, mode);
+      }
+    });
+  });
+
   it('use no timers or animation frames: they redraw only when called', async () => {
     for (const name of PAGES) {
       await withPage(name, { stage: 'extreme' }, async (page) => {
