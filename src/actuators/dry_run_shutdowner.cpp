@@ -29,22 +29,23 @@ void DryRunShutdowner::shutdown(ShutdownCompletion completion) {
     if (options_.denied) {
         write("shutdown: DRY-RUN: simulating the " + std::string(texts_.simulatedDenialName) +
               " not-authorized error");
-        completion(ShutdownError::denied(std::string(texts_.simulatedDeniedText)));
+        if (completion) completion(ShutdownError::denied(std::string(texts_.simulatedDeniedText)));
         return;
     }
-    completion(std::nullopt);
+    if (completion) completion(std::nullopt);
 }
 
 void DryRunShutdowner::probe(ProbeCompletion completion) {
     if (options_.denied) {
         write("probe: DRY-RUN: simulating denied (" + std::string(texts_.simulatedDenialName) +
               ")");
-        completion(AutomationOutcome::denied(std::string(texts_.simulatedDeniedText)));
+        if (completion)
+            completion(AutomationOutcome::denied(std::string(texts_.simulatedDeniedText)));
     } else if (options_.realProbe) {
         runRealProbe(std::move(completion));
     } else {
         write("probe: DRY-RUN: not run (reported as granted)");
-        completion(AutomationOutcome::granted());
+        if (completion) completion(AutomationOutcome::granted());
     }
 }
 

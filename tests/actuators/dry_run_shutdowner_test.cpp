@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -92,10 +91,10 @@ TEST(DryRunShutdowner, DeniedProbeAnswersAtOnce) {
 TEST(DryRunShutdowner, DeniedAndRealProbeNeverStartsAChild) {
     testing::TempDir dir;
     const std::filesystem::path mark = dir.path() / "mark";
-    ASSERT_EQ(::setenv("VELMORA_TEST_MARK", mark.c_str(), 1), 0);
     testing::LogRecorder log;
     testing::ManualQueue queue;
-    const ScriptRunner runner(testing::standIn("touch_marker.sh"));
+    const ScriptRunner runner(
+        testing::standInWith(dir.path(), "touch_marker.sh", "VELMORA_TEST_MARK", mark.string()));
     DryRunShutdowner shutdowner(
         log.sink(), {.denied = true, .realProbe = true}, queue.post(),
         [runner](double timeout) { return runner.run(macosTexts.probeScript, timeout); },

@@ -25,12 +25,19 @@ using PowerOff = FakeLogindScript::PowerOff;
 constexpr LogindTimeouts quick{.shutdown = 0.3, .probe = 0.3};
 constexpr LogindTimeouts patient{.shutdown = 10, .probe = 10};  // only a broken bus gets near
 
+// sd-bus finds the system bus through this variable. It is only changed while no shutdowner
+// thread runs.
+void useSystemBus(const std::string& address) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+}
+
 class LogindShutdownerTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
         bus = new testing::PrivateBus();  // NOLINT: lives for the whole suite
         if (!bus->address().empty()) {
-            ::setenv("DBUS_SYSTEM_BUS_ADDRESS", bus->address().c_str(), 1);
+            useSystemBus(bus->address());
         }
     }
     static void TearDownTestSuite() {
@@ -177,9 +184,10 @@ TEST_F(LogindShutdownerTest, SlowShutdownNeverBlocksTheCaller) {
 }
 
 TEST_F(LogindShutdownerTest, NoSystemBusFailsWithTheSystemsText) {
-    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/velmora/bus", 1);
+    // The call below is synchronous, so no other thread reads the address meanwhile.
+    useSystemBus("unix:path=/nonexistent/velmora/bus");
     const AutomationOutcome outcome = askCanPowerOff(1);
-    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", bus->address().c_str(), 1);
+    useSystemBus(bus->address());
     EXPECT_EQ(outcome.kind, AutomationOutcome::Kind::failed);
     EXPECT_NE(outcome.text.find("No such file or directory"), std::string::npos) << outcome.text;
 }

@@ -7,7 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <chrono>
+#include <future>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -108,15 +109,26 @@ TEST(OsascriptShutdowner, ProbeCompletesOnTheOwnersLoopThread) {
     EXPECT_EQ(ranOn, std::this_thread::get_id());
 }
 
+TEST(OsascriptShutdowner, WithoutAMainLoopTheCompletionStillArrives) {
+    testing::LogRecorder log;
+    OsascriptShutdowner shutdowner(log.sink(), nullptr, ScriptRunner(standIn("silent_exit1.sh")));
+    std::promise<std::optional<ShutdownError>> result;
+    shutdowner.shutdown([&](std::optional<ShutdownError> error) { result.set_value(error); });
+    std::future<std::optional<ShutdownError>> arrived = result.get_future();
+    ASSERT_EQ(arrived.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_EQ(arrived.get(), ShutdownError::failed("osascript exit 1"));
+}
+
 // The stand-in blocks on a FIFO until the test writes to it, so the shutdown cannot finish
 // before the test lets it: the caller is free all that time.
 TEST(OsascriptShutdowner, SlowShutdownNeverBlocksTheCaller) {
     testing::TempDir dir;
     const std::string gate = (dir.path() / "gate").string();
     ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
-    ASSERT_EQ(::setenv("VELMORA_TEST_GATE", gate.c_str(), 1), 0);
     Harness harness;
-    OsascriptShutdowner shutdowner = harness.make("gate.sh");
+    OsascriptShutdowner shutdowner(
+        harness.log.sink(), harness.queue.post(),
+        ScriptRunner(testing::standInWith(dir.path(), "gate.sh", "VELMORA_TEST_GATE", gate)));
     std::optional<std::optional<ShutdownError>> result;
     shutdowner.shutdown([&](std::optional<ShutdownError> error) { result = std::move(error); });
 

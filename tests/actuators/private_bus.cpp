@@ -42,6 +42,7 @@ PrivateBus::PrivateBus() {
     std::vector<std::string> args{VELMORA_DBUS_DAEMON, "--config-file=" VELMORA_PRIVATE_BUS_CONF,
                                   "--nofork", "--print-address"};
     std::vector<char*> argv;
+    argv.reserve(args.size() + 1);
     for (std::string& arg : args)
         argv.push_back(arg.data());
     argv.push_back(nullptr);

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -81,8 +80,9 @@ TEST(ScriptRunner, ChildRunningPastTheTimeOutFailsWhateverItWouldHavePrinted) {
 TEST(ScriptRunner, ChildRunningPastTheTimeOutIsAskedToTerminate) {
     testing::TempDir dir;
     const std::filesystem::path mark = dir.path() / "mark";
-    ASSERT_EQ(::setenv("VELMORA_TEST_MARK", mark.c_str(), 1), 0);
-    EXPECT_EQ(runStandIn("term_marker.sh", shortTimeOut).kind, AutomationOutcome::Kind::failed);
+    const ScriptRunner runner(
+        testing::standInWith(dir.path(), "term_marker.sh", "VELMORA_TEST_MARK", mark.string()));
+    EXPECT_EQ(runner.run("tell", shortTimeOut).kind, AutomationOutcome::Kind::failed);
     // The child writes its mark when SIGTERM reaches it; wait for that child, within reason.
     for (int i = 0; i < 500 && !std::filesystem::exists(mark); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -6,6 +6,7 @@
 #include "actuators/log_recorder.hpp"
 #include "actuators/mute_sounder.hpp"
 #include "actuators/named_cue_sounder.hpp"
+#include "actuators/system_sounder.hpp"
 #include "policy/countdown.hpp"
 #include "policy/timestamp.hpp"
 
@@ -44,6 +45,7 @@ TEST(MuteSounder, OneCountdownSecondGivesExactlyOneTickLine) {
               Lines{"sound: tick (muted)"});
 }
 
+// Records which sounds a sounder asked for, in order.
 struct PlayedNames {
     std::vector<std::string> names;
     PlaySound player() {
@@ -51,22 +53,22 @@ struct PlayedNames {
     }
 };
 
-TEST(NamedCueSounder, UrgentIsIndistinguishableFromAlarm) {
+TEST(SystemSounder, UrgentIsIndistinguishableFromAlarm) {
     PlayedNames alarm;
     PlayedNames urgent;
-    NamedCueSounder alarmSounder({.alarm = "Sosumi", .tick = "Tink"}, alarm.player());
-    NamedCueSounder urgentSounder({.alarm = "Sosumi", .tick = "Tink"}, urgent.player());
+    SystemSounder alarmSounder(alarm.player());
+    SystemSounder urgentSounder(urgent.player());
     alarmSounder.alarm();
     urgentSounder.urgent();
     EXPECT_EQ(alarm.names, std::vector<std::string>{"Sosumi"});
     EXPECT_EQ(urgent.names, alarm.names);
 }
 
-TEST(NamedCueSounder, TickPlaysTheTickSound) {
+TEST(SystemSounder, TickPlaysTink) {
     PlayedNames played;
-    NamedCueSounder sounder({.alarm = "alarm", .tick = "tick"}, played.player());
+    SystemSounder sounder(played.player());
     sounder.tick();
-    EXPECT_EQ(played.names, std::vector<std::string>{"tick"});
+    EXPECT_EQ(played.names, std::vector<std::string>{"Tink"});
 }
 
 TEST(NamedCueSounder, EveryCuePlaysAfreshEvenWhileAnotherPlays) {
