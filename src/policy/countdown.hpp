@@ -26,25 +26,25 @@ enum class CEventKind {
 std::string_view rawValue(CEventKind kind);
 
 struct CEvent {
-    CEventKind kind;
+    CEventKind kind = CEventKind::cue;
     std::int64_t remaining = 0;  // only countdownStart and cue carry seconds
     bool operator==(const CEvent&) const = default;
 };
 
 struct CConfig {
-    double countdown;
-    double grace;
-    double stale;  // 0 or less switches the stale rule off
-    bool firedCancel;
+    double countdown = 0;
+    double grace = 0;
+    double stale = 0;  // 0 or less switches the stale rule off
+    bool firedCancel = false;
 
     static CConfig production();
     bool operator==(const CConfig&) const = default;
 };
 
 struct CInput {
-    bool critical;
-    bool calm;
-    bool enabled;
+    bool critical = false;
+    bool calm = false;
+    bool enabled = false;
 };
 
 /// The emergency countdown. It only decides: the engine performs the effects of its events,
