@@ -10,18 +10,17 @@
 namespace velmora {
 
 using engine_text::boolText;
-using engine_text::wholeDegrees;
+using engine_text::integerPart;
 
 namespace {
 
 std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     const std::string promotion =
         alerter.timedStageB ? "ON" : "OFF: only the OS critical state reaches B";
-    return "stage-c: thresholds: stageA=" + wholeDegrees(SC::extremeC) +
-           "C stageB=" + wholeDegrees(SC::criticalC) +
+    return "stage-c: thresholds: stageA=" + integerPart(SC::extremeC) +
+           "C stageB=" + integerPart(SC::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + wholeDegrees(SC::countdownLen) +
-           "s grace=" + wholeDegrees(SC::graceLen) +
+           ") countdown=" + integerPart(SC::countdownLen) + "s grace=" + integerPart(SC::graceLen) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
@@ -55,7 +54,7 @@ void Engine::logStart() {
     markers.clear();
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
-         wholeDegrees(marker->peakC) + "); showing relief; marker cleared");
+         integerPart(marker->peakC) + "); showing relief; marker cleared");
 }
 
 nlohmann::json Engine::tick(Timestamp now) {
@@ -94,7 +93,7 @@ void Engine::logStateChange(Timestamp now, bool critical, bool enabled) {
     if (real.state != lastSt) {
         emit("stage-c: state " + std::string(rawValue(lastSt)) + " -> " +
              std::string(rawValue(real.state)) + " (thermal=" +
-             (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + wholeDegrees(tempC) +
+             (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + integerPart(tempC) +
              " level=" + (level ? std::string(label(*level)) : "n/a") +
              " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
         lastSt = real.state;
@@ -103,13 +102,13 @@ void Engine::logStateChange(Timestamp now, bool critical, bool enabled) {
     if (real.state == CState::countdown && now - lastLog >= kCountdownLogInterval) {
         lastLog = now;
         emit("stage-c: countdown remaining=" + std::to_string(real.remaining(now)) +
-             "s peak ladder=" + wholeDegrees(peak));
+             "s peak ladder=" + integerPart(peak));
     }
 }
 
 void Engine::checkFailsafe(Timestamp now) {
     if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
-    emit("stage-c: still running " + wholeDegrees(SC::failsafe) +
+    emit("stage-c: still running " + integerPart(SC::failsafe) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markers.clear();
     real.reset();  // idle, no previous step, no pending cancel; deadlines are left

@@ -8,7 +8,7 @@
 namespace velmora {
 
 using engine_text::boolText;
-using engine_text::wholeDegrees;
+using engine_text::integerPart;
 
 namespace {
 
@@ -24,8 +24,8 @@ void Engine::startSim(Timestamp now) {
     const CConfig rehearsal{SC::countdownLen, SC::graceLen, SC::staleGap, false};
     sim.emplace(rehearsal, true);
     simStart = now;
-    emit("stage-c: SIMULATION started (" + wholeDegrees(SC::simLead) + "s Stage B lead-in + " +
-         wholeDegrees(SC::countdownLen) + "s countdown). NO shutdown will be run.");
+    emit("stage-c: SIMULATION started (" + integerPart(SC::simLead) + "s Stage B lead-in + " +
+         integerPart(SC::countdownLen) + "s countdown). NO shutdown will be run.");
 }
 
 void Engine::cancel(Timestamp now) {
@@ -41,7 +41,7 @@ void Engine::cancel(Timestamp now) {
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
             errMsg.clear();
-            emit("stage-c: cancelled before the shutdown ran; grace " + wholeDegrees(SC::graceLen) +
+            emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(SC::graceLen) +
                  "s");
             break;
         case CState::fired:

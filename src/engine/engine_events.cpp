@@ -8,7 +8,7 @@
 // The engine's reactions to the countdown's events, the shutdown call and the permission probe.
 namespace velmora {
 
-using engine_text::wholeDegrees;
+using engine_text::integerPart;
 
 void Engine::handle(const CEvent& event, Timestamp now, bool simulated) {
     emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
@@ -68,7 +68,7 @@ void Engine::runShutdown(Timestamp now) {
              " (shutting down anyway)");
     } else {
         emit("stage-c: marker written " + markers.url().string() + " (peak ladder " +
-             wholeDegrees(peak) + ")");
+             integerPart(peak) + ")");
     }
     emit("stage-c: countdown reached 0; calling the shutdown (" +
          std::string(words_.shutdownMechanism) + ")");

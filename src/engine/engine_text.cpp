@@ -4,10 +4,10 @@
 
 namespace velmora::engine_text {
 
-std::string wholeDegrees(std::optional<double> celsius) {
+std::string integerPart(std::optional<double> value) {
     constexpr double limit = 1e15;  // far beyond any temperature, well inside long long
-    if (!celsius || !std::isfinite(*celsius) || std::fabs(*celsius) > limit) return "n/a";
-    return std::to_string(static_cast<long long>(*celsius));
+    if (!value || !std::isfinite(*value) || std::fabs(*value) > limit) return "n/a";
+    return std::to_string(static_cast<long long>(*value));
 }
 
 }  // namespace velmora::engine_text

@@ -11,8 +11,8 @@ inline std::string boolText(bool value) {
     return value ? "true" : "false";
 }
 
-/// The integer part of a temperature, truncated toward zero; "n/a" for a value that has none
-/// (absent, or not finite), so that an odd reading can never break a log line.
-std::string wholeDegrees(std::optional<double> celsius);
+/// The integer part of a temperature or a duration, truncated toward zero; "n/a" for a value
+/// that has none (absent, or not finite), so that an odd reading can never break a log line.
+std::string integerPart(std::optional<double> value);
 
 }  // namespace velmora::engine_text

@@ -13,8 +13,8 @@ const std::string kDeniedText =
 
 using EngineStory = EngineScenario;
 
-/// The lines of a countdown from its first tick at `start` to the shutdown call, ticking every
-/// quarter second, after the permission probe lines.
+/// The lines of a countdown ticked every quarter second, from the tick after its start up to
+/// the shutdown call.
 std::vector<std::string> countdownToTheCall(const std::string& markerPath) {
     return {
         "stage-c: countdown remaining=10s peak ladder=108",
