@@ -4,7 +4,8 @@
 
 namespace velmora {
 
-enum class Platform { macos, linux };
+// Not "linux": with GNU extensions that word is a predefined macro.
+enum class Platform { macos, gnuLinux };
 
 /// Every user- or log-facing text that names the platform's own mechanism. The macOS column
 /// is the product's original wording; the Linux column names logind, polkit and the derived
@@ -103,7 +104,7 @@ constexpr const PlatformTexts& textsFor(Platform platform) {
 #if defined(__APPLE__)
 inline constexpr Platform hostPlatform = Platform::macos;
 #else
-inline constexpr Platform hostPlatform = Platform::linux;
+inline constexpr Platform hostPlatform = Platform::gnuLinux;
 #endif
 
 /// The running platform's column.

@@ -60,7 +60,7 @@ TEST(PlatformTexts, HostColumnIsChosenByTheBuild) {
     EXPECT_EQ(&texts(), &linuxTexts);
 #endif
     EXPECT_EQ(&textsFor(Platform::macos), &macosTexts);
-    EXPECT_EQ(&textsFor(Platform::linux), &linuxTexts);
+    EXPECT_EQ(&textsFor(Platform::gnuLinux), &linuxTexts);
 }
 
 TEST(Constants, TuningValues) {
