@@ -67,7 +67,7 @@ void AppController::userShutdown() {
     }
     log("ui: 'Shut Down to Cool Off' pressed (user-initiated)");
     std::weak_ptr<AppController*> weak = self_;
-    shutdowner->shutdown([weak](std::optional<ShutdownError> error) {
+    shutdowner->shutdown([weak](const std::optional<ShutdownError>& error) {
         if (const auto self = weak.lock()) (*self)->onUserShutdownResult(error);
     });
 }

@@ -69,7 +69,7 @@ class AppController {
     /// The whole start-up: log, actuators, stores, engine, window, menus, first tick, timers.
     void start();
     /// Writes the quit line.
-    void willTerminate();
+    void willTerminate() const;
     /// One line to the log, when the log is open.
     void log(const std::string& line) const;
     /// The log as a sink for other components; it does nothing once the controller is gone.
@@ -92,6 +92,12 @@ class AppController {
     void userShutdown();
     void showCoolDownTips();
     void resizeKeepingBottom(Size contentSize, bool animate);
+    void handleStageChange(bool forceSound);
+    void applyHome();
+    void startEmergencyRepeat();
+    void stopEmergencyRepeat();
+    void playSoftChime();
+    void playUrgentAlert();
 
     AlertStage currentStage() const;
     std::string baseTitle() const;
@@ -133,13 +139,7 @@ class AppController {
 
     // Presentation.
     void enterMode(UIMode next);
-    void handleStageChange(bool forceSound);
-    void applyHome();
     void updateChrome(const nlohmann::json& view);
-    void startEmergencyRepeat();
-    void stopEmergencyRepeat();
-    void playSoftChime();
-    void playUrgentAlert();
     void menuTestEmergency();
     void reportStatus(const nlohmann::json& view);
     void reportLive(const LiveInputs& inputs);

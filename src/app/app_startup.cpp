@@ -132,7 +132,7 @@ void AppController::startTimers() {
                                       guarded([](AppController& app) { app.sampleLive(); }));
 }
 
-void AppController::willTerminate() {
+void AppController::willTerminate() const {
     log("---- quit");
 }
 

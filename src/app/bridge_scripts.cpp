@@ -29,23 +29,17 @@ std::string themeCall(std::string_view themeRaw) {
 
 std::string stageScript(std::string_view stage, std::string_view demo) {
     // The demo test against 'none' is left to the page's script engine on purpose.
-    return joined({
-        "(function(){\n  window.__HEAT_STAGE__ = '",
-        stage,
-        "';\n  window.__HEAT_DEMO__ = '",
-        demo,
+    static constexpr std::string_view applyAndAddress =
         "';\n  if (typeof window.applyHeatStage === 'function') {\n"
         "    window.applyHeatStage(window.__HEAT_DEMO__ !== 'none' ? window.__HEAT_DEMO__ : "
         "window.__HEAT_STAGE__);\n  }\n  try {\n    var u = new URL(location.href);\n"
-        "    u.searchParams.set('stage', '",
-        stage,
-        "');\n    if ('",
-        demo,
-        "' !== 'none') u.searchParams.set('demo', '",
-        demo,
+        "    u.searchParams.set('stage', '";
+    static constexpr std::string_view replaceAndClose =
         "');\n    history.replaceState(null,'', u.pathname + u.search + u.hash);\n"
-        "  } catch(e) {}\n})();",
-    });
+        "  } catch(e) {}\n})();";
+    return joined({"(function(){\n  window.__HEAT_STAGE__ = '", stage,
+                   "';\n  window.__HEAT_DEMO__ = '", demo, applyAndAddress, stage, "');\n    if ('",
+                   demo, "' !== 'none') u.searchParams.set('demo', '", demo, replaceAndClose});
 }
 
 std::string documentStartScript(std::string_view token, std::string_view themeRaw) {

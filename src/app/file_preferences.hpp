@@ -14,8 +14,7 @@ namespace velmora {
 /// fall back to nothing on any failure; writes go to a temporary file renamed into place.
 class FilePreferences final : public PreferenceStore {
   public:
-    explicit FilePreferences(std::filesystem::path dir)
-        : file(std::move(dir) / "preferences.json") {}
+    explicit FilePreferences(const std::filesystem::path& dir) : file(dir / "preferences.json") {}
 
     std::optional<std::string> text(std::string_view key) const override;
     std::optional<std::string> setText(std::string_view key, const std::string& value) override;

@@ -1,0 +1,310 @@
+#include <gtest/gtest.h>
+
+#include "app/app_harness.hpp"
+#include "app/bridge_scripts.hpp"
+#include "store/settings_store.hpp"
+
+namespace velmora::testing {
+namespace {
+
+using nlohmann::json;
+
+TEST(PageBridge, MessageFromASubframeIsRejectedWhateverItsName) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    for (const std::string name : {"stagec", "size", "anything"}) {
+        h.app->receive(PageMessage{WebView::main, name, h.withToken("settings"), false,
+                                   "file:///opt/velmora/resources/index.html"});
+    }
+    h.loop.runDue();
+    EXPECT_EQ(h.countLines("ui: rejected message from a non-bundled page"), 3);
+    EXPECT_FALSE(h.app->ui.wantSettings);
+}
+
+TEST(PageBridge, MessageFromANonFilePageIsRejected) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.app->receive(PageMessage{WebView::main, "stagec", h.withToken("settings"), true,
+                               "https://example.invalid/stagec.html"});
+    h.app->receive(PageMessage{WebView::menu, "theme", json{}, true, std::nullopt});
+    h.loop.runDue();
+    EXPECT_EQ(h.countLines("ui: rejected message from a non-bundled page"), 2);
+    EXPECT_FALSE(h.app->ui.wantSettings);
+}
+
+TEST(PageBridge, MessagesActOnlyOnceTheLoopRuns) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.app->receive(PageMessage{WebView::main, "stagec", h.withToken("settings"), true,
+                               "file:///opt/velmora/resources/index.html"});
+    EXPECT_FALSE(h.app->ui.wantSettings);
+    h.loop.runDue();
+    EXPECT_TRUE(h.app->ui.wantSettings);
+    EXPECT_EQ(h.app->ui.mode, UIMode::settings);
+}
+
+TEST(PageBridge, StageCWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
+    AppHarness h;
+    h.launch();
+    const auto rendersBefore = h.renders().size();
+    h.send("stagec", json{{"action", "consent"}, {"on", true}});
+    EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
+    EXPECT_FALSE(h.app->engine->set.consentRecorded);
+    EXPECT_EQ(h.renders().size(), rendersBefore);  // no tick either
+}
+
+TEST(PageBridge, StageCWithTheTokenInAnotherLetterCaseIsRejected) {
+    AppHarness h;
+    h.launch();
+    std::string lower = h.app->token;
+    for (auto& c : lower)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    h.send("stagec", json{{"action", "consent"}, {"on", true}, {"token", lower}});
+    EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
+    EXPECT_FALSE(h.app->engine->set.consentRecorded);
+}
+
+TEST(PageBridge, StageCBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {
+    AppHarness h;
+    h.launch();
+    const auto lines = h.logLines().size();
+    h.send("stagec", json("cancel"));
+    h.send("stagec", json{{"token", h.app->token}});
+    h.send("stagec", json{{"action", 3}, {"token", h.app->token}});
+    h.send("nonsense", h.withToken("cancel"));
+    EXPECT_EQ(h.logLines().size(), lines);
+}
+
+TEST(PageBridge, HeatBareStringShutdownIsRejected) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("heat", json("shutdown"));
+    EXPECT_TRUE(h.logged("ui: rejected heat action 'shutdown': missing/wrong token"));
+    EXPECT_EQ(h.realShutdowner->shutdownCalls, 0);
+}
+
+TEST(PageBridge, UnknownStageCActionIsLoggedAndThePageStillRendered) {
+    AppHarness h;
+    h.launch();  // consent page: every tick renders
+    const auto rendersBefore = h.renders().size();
+    h.send("stagec", h.withToken("dance"));
+    EXPECT_TRUE(h.logged("ui: unknown stagec action 'dance'"));
+    EXPECT_EQ(h.renders().size(), rendersBefore + 1);
+}
+
+TEST(PageBridge, ToggleWithoutOnTurnsAutoShutdownOff) {
+    AppHarness h;
+    h.launch();
+    h.send("stagec", h.withToken("toggle"));
+    const auto saved = SettingsStore(h.dir).load();
+    EXPECT_FALSE(saved.autoShutdown);
+    EXPECT_TRUE(saved.consentRecorded);
+}
+
+TEST(PageBridge, ToggleWithOnAsTheStringTrueTurnsAutoShutdownOff) {
+    AppHarness h;
+    h.recordConsent(true);
+    h.launch();
+    auto body = h.withToken("toggle");
+    body["on"] = "true";
+    h.send("stagec", body);
+    EXPECT_FALSE(SettingsStore(h.dir).load().autoShutdown);
+}
+
+TEST(PageBridge, ConsentWithOnRecordsItAndProbes) {
+    AppHarness h;
+    h.launch();
+    auto body = h.withToken("consent");
+    body["on"] = true;
+    h.send("stagec", body);
+    EXPECT_TRUE(SettingsStore(h.dir).load().enabled());
+    EXPECT_EQ(h.realShutdowner->probeCalls, 1);
+    EXPECT_EQ(h.app->ui.mode, UIMode::home);
+    EXPECT_TRUE(h.logged("ui: mode consent -> home"));
+}
+
+TEST(PageBridge, ThemeWithAnUnknownPrefIsRejected) {
+    AppHarness h;
+    h.launch();
+    h.send("theme", json{{"token", h.app->token}, {"pref", "sepia"}});
+    h.send("theme", json{{"token", h.app->token}, {"pref", "Dark"}});
+    h.send("theme", json{{"pref", "dark"}});
+    h.send("theme", json("dark"));
+    EXPECT_EQ(h.countLines("ui: rejected theme message"), 4);
+    EXPECT_EQ(h.app->appearance, AppearancePref::autoTheme);
+}
+
+TEST(PageBridge, SizeExpandOnAStagePageResizesWithoutLoadingExpanded) {
+    AppHarness h;
+    h.launch();  // consent page
+    h.shell.clearRecords();
+    h.send("size", json("expand"));
+    EXPECT_TRUE(h.shell.pagesLoaded(WebView::main).empty());
+    ASSERT_EQ(h.shell.frameChanges.size(), 1U);
+    EXPECT_EQ(h.shell.frameChanges[0].frame.width, 380);
+    EXPECT_EQ(h.shell.frameChanges[0].frame.height, 500 + h.shell.titleBarHeight);
+    EXPECT_TRUE(h.shell.frameChanges[0].animate);
+    EXPECT_TRUE(h.app->ui.isExpanded);
+}
+
+TEST(PageBridge, SizeExpandOnTheHomePageLoadsExpanded) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.shell.clearRecords();
+    h.send("size", json("expand"));
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
+    h.send("size", json("collapse"));
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main), (std::vector<std::string>{"expanded", "index"}));
+    EXPECT_FALSE(h.app->ui.isExpanded);
+    h.send("size", json(true));  // not a string: ignored
+    EXPECT_EQ(h.shell.frameChanges.size(), 2U);
+}
+
+TEST(PageBridge, StageScriptFollowsEveryPageLoad) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.shell.clearRecords();
+    h.send("size", json("expand"));
+    EXPECT_TRUE(h.shell.scripts(WebView::main).empty());
+    h.loop.advance(0.15);
+    const auto scripts = h.shell.scripts(WebView::main);
+    ASSERT_FALSE(scripts.empty());
+    EXPECT_EQ(scripts.front(), stageScript("none", "none"));
+}
+
+TEST(PageBridge, MissingPageFileLoadsNothingAndKeepsThePageName) {
+    AppHarness h;
+    h.recordConsent();
+    h.shell.shippedPages.erase("expanded");
+    h.launch();
+    h.send("size", json("expand"));
+    EXPECT_EQ(h.app->ui.pageName, "index");
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"index"});
+}
+
+TEST(PageBridge, PagesGetReadAccessToTheirOwnFolder) {
+    AppHarness h;
+    h.launch();
+    ASSERT_FALSE(h.shell.loads.empty());
+    EXPECT_EQ(h.shell.loads.back().readAccess, h.shell.resources);
+}
+
+TEST(PageBridge, ShutdownButtonDuringASimulationNeverCallsTheShutdowner) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("stagec", h.withToken("test"));
+    ASSERT_TRUE(h.app->engine->simActive());
+    h.send("heat", h.withToken("shutdown"));
+    EXPECT_EQ(h.realShutdowner->shutdownCalls, 0);
+    EXPECT_TRUE(
+        h.logged("ui: 'Shut Down to Cool Off' pressed during a simulation/demo: stubbed, "
+                 "nothing shut down"));
+}
+
+TEST(PageBridge, ShutdownButtonCallsTheShutdowner) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("heat", h.withToken("shutdown"));
+    EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
+    EXPECT_TRUE(h.logged("ui: 'Shut Down to Cool Off' pressed (user-initiated)"));
+}
+
+TEST(PageBridge, FailedUserShutdownShowsTheManualNotice) {
+    AppHarness h;
+    // Critical without auto-shutdown: the notice stays while the machine is still critical.
+    h.recordConsent(false);
+    h.realShutdowner->shutdownAnswer = ShutdownError::failed("logind went away");
+    h.launch({"--force-thermal", "critical"});
+    h.send("heat", h.withToken("shutdown"));
+    EXPECT_TRUE(h.logged("ui: user shutdown failed: logind went away"));
+    EXPECT_TRUE(h.logged("stage-c: ERROR user-initiated shutdown failed: logind went away"));
+    EXPECT_EQ(h.app->ui.mode, UIMode::manual);
+    EXPECT_EQ(h.shell.title, "SHUT DOWN MANUALLY");
+}
+
+TEST(PageBridge, OpenAutomationLogsAndOpensThePlatformAddress) {
+    AppHarness h;
+    h.launch();
+    h.send("stagec", h.withToken("openAutomation"));
+    EXPECT_TRUE(h.logged(std::string(texts().openingPermissionSettingsLog)));
+    EXPECT_EQ(h.shell.openedURLs, std::vector<std::string>{std::string(texts().automationPaneURL)});
+}
+
+TEST(PageBridge, TipsShowTheCoolDownSheet) {
+    AppHarness h;
+    h.launch();
+    h.send("heat", h.withToken("tips"));
+    ASSERT_EQ(h.shell.sheets.size(), 1U);
+    EXPECT_EQ(h.shell.sheets[0].message, "Cool down tips");
+    EXPECT_EQ(h.shell.sheets[0].button, "OK");
+    EXPECT_EQ(h.shell.sheets[0].informative,
+              "\u2022 Quit heavy apps (builds, VMs, browsers with many tabs)\n\u2022 " +
+                  std::string(texts().tipUnplugPower) + "\n\u2022 " +
+                  std::string(texts().tipClearVents) +
+                  "\n\u2022 Pause compiling, video encode, or 3D work until thermal drops\n"
+                  "\u2022 If it keeps climbing, shut down to cool off");
+}
+
+TEST(PageBridge, SettingsAndBackFromTheStagePage) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("heat", h.withToken("settings"));
+    EXPECT_EQ(h.app->ui.mode, UIMode::settings);
+    h.send("stagec", h.withToken("back"));
+    EXPECT_EQ(h.app->ui.mode, UIMode::home);
+}
+
+TEST(PageBridge, RecheckProbesAsTheUser) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("stagec", h.withToken("recheck"));
+    EXPECT_TRUE(h.logged("stage-c: automation permission probe (user pressed Check again)"));
+}
+
+TEST(PageBridge, StageEnteredExtremeChimesOnlyWhenNotAnnouncedYet) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch({"--mute"});
+    h.send("heat", h.withToken("stageEnteredExtreme"));
+    EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
+    h.app->ui.lastAnnounced = AlertStage::extreme;
+    h.send("heat", h.withToken("stageEnteredExtreme"));
+    EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
+}
+
+TEST(PageBridge, RenderCarriesTheViewAndTheMode) {
+    AppHarness h;
+    h.launch();
+    h.loop.advance(0.25);
+    const auto renders = h.renders();
+    ASSERT_FALSE(renders.empty());
+    EXPECT_TRUE(renders.back().ends_with(", 'consent')"));
+    EXPECT_NE(renders.back().find("\"consentNeeded\":true"), std::string::npos);
+}
+
+TEST(PageBridge, LiveDataGoesOnlyToTheIndexPage) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.app->pageFinished(WebView::main);
+    EXPECT_EQ(h.shell.scripts(WebView::main).back(), liveCall(h.app->ui.liveJSON));
+    h.send("size", json("expand"));
+    h.shell.clearRecords();
+    h.loop.advance(1);
+    for (const auto& script : h.shell.scripts(WebView::main)) {
+        EXPECT_FALSE(script.starts_with("window.heatLive")) << script;
+    }
+}
+
+}  // namespace
+}  // namespace velmora::testing

@@ -1,0 +1,151 @@
+#include "app/app_harness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "app/file_preferences.hpp"
+#include "store/settings_store.hpp"
+
+namespace velmora::testing {
+
+namespace {
+
+class ScriptedBackend final : public MetricsBackend {
+  public:
+    explicit ScriptedBackend(std::shared_ptr<ScriptedReadings> readings)
+        : readings_(std::move(readings)) {}
+
+    void prime(Timestamp /*now*/) override {}
+    LiveInputs sample(Timestamp /*now*/) override {
+        ++readings_->samples;
+        LiveInputs raw;
+        raw.thermal = readings_->thermal;
+        raw.cpuTemp = readings_->cpuTemp;
+        raw.cpuBusy = readings_->cpuBusy;
+        raw.batteryTemp = readings_->batteryTemp;
+        raw.cores = 4;
+        return raw;
+    }
+    std::string sensorSummary() override { return "scripted sensors: 0 found"; }
+    MetricSources sources() const override { return {}; }
+
+  private:
+    std::shared_ptr<ScriptedReadings> readings_;
+};
+
+/// Lets the harness keep the preferences it hands to the controller.
+class SharedPreferences final : public PreferenceStore {
+  public:
+    explicit SharedPreferences(std::shared_ptr<MemoryPreferences> store)
+        : store_(std::move(store)) {}
+    std::optional<std::string> text(std::string_view key) const override {
+        return store_->text(key);
+    }
+    std::optional<std::string> setText(std::string_view key, const std::string& value) override {
+        return store_->setText(key, value);
+    }
+
+  private:
+    std::shared_ptr<MemoryPreferences> store_;
+};
+
+constexpr std::size_t timestampWidth = 24;  // "yyyy-MM-dd HH:mm:ss.SSS "
+
+}  // namespace
+
+void RecordingShutdowner::shutdown(ShutdownCompletion completion) {
+    ++shutdownCalls;
+    completion(shutdownAnswer);
+}
+
+void RecordingShutdowner::probe(ProbeCompletion completion) {
+    ++probeCalls;
+    completion(probeAnswer);
+}
+
+AppHarness::AppHarness() {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    dir = std::filesystem::temp_directory_path() / "velmora-app-tests" /
+          (std::string(info->test_suite_name()) + "." + info->name());
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+}
+
+AppHarness::~AppHarness() {
+    app.reset();
+    std::filesystem::remove_all(dir);
+}
+
+AppController& AppHarness::build(std::vector<std::string> args, const PlatformEnvironment& env) {
+    args.insert(args.begin(), "velmora-heat-monitor");
+    auto opts = LaunchOptions::parse(args, env);
+    if (!opts) throw std::runtime_error("no data directory");
+    AppServices services;
+    services.collector =
+        std::make_unique<HeatCollector>(std::make_unique<ScriptedBackend>(readings), loop.now());
+    services.preferences = std::make_unique<SharedPreferences>(preferences);
+    services.realShutdowner = [this](LogSink, Post) { return realShutdowner; };
+    services.systemSounder = [this] { return systemSounder; };
+    services.token = "0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9";
+    app = std::make_unique<AppController>(std::move(*opts), shell, loop, std::move(services));
+    return *app;
+}
+
+AppController& AppHarness::launch(std::vector<std::string> args) {
+    args.emplace_back("--data-dir");
+    args.push_back(dir.string());
+    PlatformEnvironment env;
+    env.home = dir.string();
+    env.workingDir = dir;
+    build(std::move(args), env).start();
+    return *app;
+}
+
+void AppHarness::recordConsent(bool autoShutdown) const {
+    const auto saved =
+        SettingsStore(dir).save(Settings{autoShutdown, true, "2026-01-02T03:04:05Z"});
+    if (saved) throw std::runtime_error(saved->message);
+}
+
+std::vector<std::string> AppHarness::logLines() const {
+    if (app && app->logger) app->logger->drain();
+    std::vector<std::string> lines;
+    std::ifstream in(dir / "heat.log");
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line.size() >= timestampWidth ? line.substr(timestampWidth) : line);
+    }
+    return lines;
+}
+
+int AppHarness::countLines(const std::string& prefix) const {
+    const auto lines = logLines();
+    return static_cast<int>(std::count_if(
+        lines.begin(), lines.end(), [&](const auto& line) { return line.starts_with(prefix); }));
+}
+
+bool AppHarness::logged(const std::string& message) const {
+    const auto lines = logLines();
+    return std::find(lines.begin(), lines.end(), message) != lines.end();
+}
+
+void AppHarness::send(const std::string& name, nlohmann::json body) {
+    app->receive(PageMessage{WebView::main, name, std::move(body), true,
+                             "file:///opt/velmora/resources/stagec.html"});
+    loop.runDue();
+}
+
+nlohmann::json AppHarness::withToken(const std::string& action) const {
+    return nlohmann::json{{"action", action}, {"token", app->token}};
+}
+
+std::vector<std::string> AppHarness::renders() const {
+    std::vector<std::string> found;
+    for (const auto& script : shell.scripts(WebView::main)) {
+        if (script.starts_with("window.heatC && window.heatC.render(")) found.push_back(script);
+    }
+    return found;
+}
+
+}  // namespace velmora::testing

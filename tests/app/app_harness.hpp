@@ -1,0 +1,83 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/app_controller.hpp"
+#include "app/fake_shell.hpp"
+#include "app/file_preferences.hpp"
+#include "app/manual_loop.hpp"
+
+namespace velmora::testing {
+
+/// What the fake metrics backend reports; the test changes it between samples.
+struct ScriptedReadings {
+    ThermalState thermal = ThermalState::nominal;
+    std::optional<TempReading> cpuTemp;
+    std::optional<double> cpuBusy;
+    std::optional<TempReading> batteryTemp;
+    int samples = 0;
+};
+
+/// A shutdowner that records its calls and answers as the test says, at once.
+class RecordingShutdowner final : public Shutdowner {
+  public:
+    void shutdown(ShutdownCompletion completion) override;
+    void probe(ProbeCompletion completion) override;
+
+    int shutdownCalls = 0;
+    int probeCalls = 0;
+    std::optional<ShutdownError> shutdownAnswer;
+    AutomationOutcome probeAnswer = AutomationOutcome::granted();
+};
+
+class RecordingSounder final : public Sounder {
+  public:
+    void alarm() override { cues.emplace_back("alarm"); }
+    void urgent() override { cues.emplace_back("urgent"); }
+    void tick() override { cues.emplace_back("tick"); }
+    std::vector<std::string> cues;
+};
+
+/// A controller on a fake shell, a manual loop, a fake backend and a fresh data directory.
+class AppHarness {
+  public:
+    AppHarness();
+    ~AppHarness();
+    AppHarness(const AppHarness&) = delete;
+    AppHarness& operator=(const AppHarness&) = delete;
+    AppHarness(AppHarness&&) = delete;
+    AppHarness& operator=(AppHarness&&) = delete;
+
+    /// Builds the controller from these switches (the data directory is added) and starts it.
+    AppController& launch(std::vector<std::string> args = {});
+    /// Builds the controller without starting it.
+    AppController& build(std::vector<std::string> args, const PlatformEnvironment& env);
+
+    /// Writes a settings file as the consent page would have.
+    void recordConsent(bool autoShutdown = true) const;
+    /// The log's messages without their timestamps, once every queued line is written.
+    std::vector<std::string> logLines() const;
+    /// How many messages start with `prefix`.
+    int countLines(const std::string& prefix) const;
+    bool logged(const std::string& message) const;
+    /// A page message from the main window's bundled page.
+    void send(const std::string& name, nlohmann::json body);
+    /// The same body with the right token and the given action.
+    nlohmann::json withToken(const std::string& action) const;
+    std::vector<std::string> renders() const;
+
+    FakeShell shell;
+    ManualLoop loop;
+    std::filesystem::path dir;
+    std::shared_ptr<ScriptedReadings> readings = std::make_shared<ScriptedReadings>();
+    std::shared_ptr<RecordingShutdowner> realShutdowner = std::make_shared<RecordingShutdowner>();
+    std::shared_ptr<RecordingSounder> systemSounder = std::make_shared<RecordingSounder>();
+    std::shared_ptr<MemoryPreferences> preferences = std::make_shared<MemoryPreferences>();
+    std::unique_ptr<AppController> app;
+};
+
+}  // namespace velmora::testing

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include "app/app_harness.hpp"
+#include "app/bridge_scripts.hpp"
+#include "app/live_summary.hpp"
+
+namespace velmora::testing {
+namespace {
+
+using nlohmann::json;
+
+TEST(MenuBar, StoredDarkWithACapitalLoadsAsAuto) {
+    AppHarness h;
+    h.preferences->setText(appearanceDefaultsKey, "Dark");
+    auto& app = h.launch();
+    EXPECT_EQ(app.appearance, AppearancePref::autoTheme);
+    EXPECT_TRUE(h.shell.checked[MenuAction::appearanceAuto]);
+}
+
+TEST(MenuBar, ChoosingDarkFromTheMenuTellsBothViewsChecksOnlyDarkAndLogs) {
+    AppHarness h;
+    h.launch();
+    h.shell.clearRecords();
+    h.app->menuAction(MenuAction::appearanceDark);
+    const auto call = themeCall("dark");
+    EXPECT_EQ(h.shell.scripts(WebView::main), std::vector<std::string>{call});
+    EXPECT_EQ(h.shell.scripts(WebView::menu), std::vector<std::string>{call});
+    EXPECT_TRUE(h.shell.checked[MenuAction::appearanceDark]);
+    EXPECT_FALSE(h.shell.checked[MenuAction::appearanceAuto]);
+    EXPECT_FALSE(h.shell.checked[MenuAction::appearanceLight]);
+    EXPECT_TRUE(h.logged("ui: appearance dark"));
+    EXPECT_EQ(h.preferences->text(appearanceDefaultsKey), "dark");
+    EXPECT_EQ(h.shell.appliedAppearances, std::vector<AppearancePref>{AppearancePref::dark});
+    EXPECT_EQ(h.shell.documentStartScripts[WebView::main],
+              documentStartScript(h.app->token, "dark"));
+}
+
+TEST(MenuBar, ThemeMessageFromAPageUpdatesChecksAndPopoverButNotTheMainPage) {
+    AppHarness h;
+    h.launch();
+    h.shell.clearRecords();
+    h.send("theme", json{{"token", h.app->token}, {"pref", "light"}});
+    EXPECT_TRUE(h.shell.scripts(WebView::main).empty());
+    EXPECT_EQ(h.shell.scripts(WebView::menu), std::vector<std::string>{themeCall("light")});
+    EXPECT_TRUE(h.shell.checked[MenuAction::appearanceLight]);
+    EXPECT_FALSE(h.shell.checked[MenuAction::appearanceAuto]);
+    EXPECT_TRUE(h.logged("ui: appearance light"));
+}
+
+TEST(MenuBar, WithoutAHeatItemNoThemeCallGoesToThePopover) {
+    AppHarness h;
+    h.launch({"--no-menu-item"});
+    h.shell.clearRecords();
+    h.app->menuAction(MenuAction::appearanceLight);
+    EXPECT_TRUE(h.shell.scripts(WebView::menu).empty());
+    EXPECT_EQ(h.shell.scripts(WebView::main).size(), 1U);
+}
+
+TEST(MenuBar, SavingTheSameAppearanceAgainStillWritesAndLogs) {
+    AppHarness h;
+    h.launch();
+    h.app->menuAction(MenuAction::appearanceAuto);
+    EXPECT_TRUE(h.logged("ui: appearance auto"));
+    EXPECT_EQ(h.preferences->text(appearanceDefaultsKey), "auto");
+}
+
+TEST(MenuBar, WithoutACpuTemperatureTheHeatItemReadsTheLabelAndThePlaceholder) {
+    AppHarness h;
+    h.launch();
+    ASSERT_TRUE(h.shell.heatTitle.has_value());
+    EXPECT_EQ(h.shell.heatTitle->first, "NORMAL · n/a");
+    EXPECT_EQ(h.shell.heatTitle->second, HeatColor::label);
+}
+
+TEST(MenuBar, HeatItemRoundsTheTemperatureAndColoursTheLevel) {
+    AppHarness h;
+    h.readings->cpuTemp = TempReading{71.5, "hwmon coretemp Package id 0"};
+    h.readings->thermal = ThermalState::fair;
+    h.launch();
+    EXPECT_EQ(h.shell.heatTitle->first, "WARM · 72°");
+    EXPECT_EQ(h.shell.heatTitle->second, HeatColor::yellow);
+    h.readings->thermal = ThermalState::serious;
+    h.loop.advance(1);
+    EXPECT_EQ(h.shell.heatTitle->first, "EXTREME HEAT · 72°");
+    EXPECT_EQ(h.shell.heatTitle->second, HeatColor::red);
+}
+
+TEST(MenuBar, FirstSampleIsLoggedTheSecondToTenthAreNotTheEleventhIs) {
+    AppHarness h;
+    auto& app = h.launch();
+    EXPECT_EQ(app.ui.liveCount, 1);
+    EXPECT_EQ(h.countLines("live: thermal="), 1);
+    h.loop.advance(9.0);
+    EXPECT_EQ(app.ui.liveCount, 10);
+    EXPECT_EQ(h.countLines("live: thermal="), 1);
+    h.loop.advance(1.0);
+    EXPECT_EQ(app.ui.liveCount, 11);
+    EXPECT_EQ(h.countLines("live: thermal="), 2);
+}
+
+TEST(MenuBar, SummaryLineNamesEveryField) {
+    AppHarness h;
+    h.readings->cpuBusy = 12.4;
+    h.readings->cpuTemp = TempReading{55.9, "hwmon k10temp Tctl"};
+    h.launch({"--force-thermal", "critical", "--dry-run-shutdown"});
+    const auto lines = h.logLines();
+    const auto summary = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
+        return line.starts_with("live: thermal=");
+    });
+    ASSERT_NE(summary, lines.end());
+    EXPECT_EQ(*summary,
+              "live: thermal=Critical label=EMERGENCY cpu=12% load=n/a ram=n/a cpuTemp=55 "
+              "gpuTemp=n/a battery=n/a gpu=n/a cores=n/a mem=n/a fan=n/a power=n/a sensors=0 "
+              "lowPower=false FORCED(true)");
+}
+
+TEST(MenuBar, OpeningThePopoverPushesTheCurrentLiveDataAtOnce) {
+    AppHarness h;
+    h.launch();
+    h.shell.clearRecords();
+    h.app->toggleMenuPopover();
+    EXPECT_TRUE(h.shell.popoverOpen);
+    EXPECT_EQ(h.shell.scripts(WebView::menu),
+              std::vector<std::string>{liveCall(h.app->ui.liveJSON)});
+    h.app->toggleMenuPopover();
+    EXPECT_FALSE(h.shell.popoverOpen);
+}
+
+TEST(MenuBar, AClosedPopoverReceivesNothingAnOpenOneEverySample) {
+    AppHarness h;
+    h.launch();
+    h.shell.clearRecords();
+    h.loop.advance(2.0);
+    EXPECT_TRUE(h.shell.scripts(WebView::menu).empty());
+    h.shell.popoverOpen = true;
+    h.loop.advance(2.0);
+    EXPECT_EQ(h.shell.scripts(WebView::menu).size(), 2U);
+}
+
+TEST(MenuBar, PopoverPageFinishingItsLoadGetsTheLiveData) {
+    AppHarness h;
+    h.launch();
+    h.shell.clearRecords();
+    h.app->pageFinished(WebView::menu);
+    EXPECT_EQ(h.shell.scripts(WebView::menu),
+              std::vector<std::string>{liveCall(h.app->ui.liveJSON)});
+}
+
+TEST(MenuBar, LiveJsonIsTheLiveModelsText) {
+    AppHarness h;
+    auto& app = h.launch();
+    const auto parsed = json::parse(app.ui.liveJSON);
+    EXPECT_TRUE(parsed.contains("status"));
+    EXPECT_TRUE(parsed.contains("sensorList"));
+}
+
+TEST(MenuBar, SettingsItemShowsTheSettingsPage) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch();
+    app.menuAction(MenuAction::settings);
+    EXPECT_EQ(app.ui.mode, UIMode::settings);
+    EXPECT_TRUE(h.logged("ui: mode home -> settings"));
+}
+
+TEST(MenuBar, TestEmergencyItemStartsASimulation) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch();
+    app.ui.wantSettings = true;
+    app.menuAction(MenuAction::testEmergency);
+    EXPECT_FALSE(app.ui.wantSettings);
+    EXPECT_TRUE(app.engine->simActive());
+    EXPECT_EQ(app.ui.mode, UIMode::lead);
+}
+
+TEST(MenuBar, ExpandAndCollapseItems) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch();
+    h.shell.clearRecords();
+    app.menuAction(MenuAction::expand);
+    app.menuAction(MenuAction::collapse);
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main), (std::vector<std::string>{"expanded", "index"}));
+    ASSERT_EQ(h.shell.frameChanges.size(), 2U);
+    EXPECT_TRUE(h.shell.frameChanges[0].animate);
+    EXPECT_TRUE(h.shell.frameChanges[1].animate);
+}
+
+TEST(MenuBar, QuitItemEndsTheApplication) {
+    AppHarness h;
+    h.launch();
+    h.app->menuAction(MenuAction::quit);
+    EXPECT_TRUE(h.shell.terminated);
+}
+
+TEST(LiveSummary, AbsentValuesReadNa) {
+    LiveInputs inputs;
+    EXPECT_EQ(liveSummaryLine(inputs),
+              "live: thermal=Nominal label=NORMAL cpu=n/a load=n/a ram=n/a cpuTemp=n/a "
+              "gpuTemp=n/a battery=n/a gpu=n/a cores=n/a mem=n/a fan=n/a power=n/a sensors=0 "
+              "lowPower=false FORCED(false)");
+}
+
+TEST(LiveSummary, PresentValues) {
+    LiveInputs inputs;
+    inputs.thermal = ThermalState::fair;
+    inputs.cpuBusy = 49.5;
+    inputs.load = 1.26;
+    inputs.ramUsed = 62.2;
+    inputs.cpuTemp = TempReading{-3.7, "x"};
+    inputs.gpuTemp = TempReading{61.9, "y"};
+    inputs.batteryTemp = TempReading{30.2, "z"};
+    inputs.gpuLoad = 7.0;
+    inputs.coreLoads = std::vector<double>{10.4, 90.6};
+    inputs.memory = MemoryInfo{62.2, 9.96, 16.0, std::string("Normal")};
+    inputs.fans = {FanReading{0, 1200.4, {}, {}}, FanReading{1, 1300.6, {}, {}}};
+    inputs.power = PowerReading{12.34, "Battery discharge", "power_supply BAT0"};
+    inputs.sensors = {NamedTemp{"a", 50, "s"}, NamedTemp{"b", 40, "s"}};
+    inputs.lowPower = true;
+    EXPECT_EQ(liveSummaryLine(inputs),
+              "live: thermal=Fair label=WARM cpu=50% load=1.3 ram=62% cpuTemp=-3 gpuTemp=61 "
+              "battery=30 gpu=7% cores=10/91 mem=10.0/16.0GB(Normal) fan=1200/1301 "
+              "power=12.3W(Battery discharge) sensors=2 lowPower=true FORCED(false)");
+}
+
+}  // namespace
+}  // namespace velmora::testing

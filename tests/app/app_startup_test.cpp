@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "app/app_harness.hpp"
+
+namespace velmora::testing {
+namespace {
+
+bool startsWith(const std::vector<std::string>& lines, std::size_t index, const std::string& text) {
+    return index < lines.size() && lines[index].starts_with(text);
+}
+
+TEST(AppStartup, LogsBannerSensorAndLiveLinesFirst) {
+    AppHarness h;
+    h.launch();
+    const auto lines = h.logLines();
+    ASSERT_GE(lines.size(), 5U);
+    EXPECT_EQ(lines[0],
+              "---- Velmora Heat Monitor 1.1 launched (live readings; testEmergency=false "
+              "dryRun=false mute=false dataDir=" +
+                  h.dir.string() + ")");
+    EXPECT_EQ(lines[1], "stage-c sensor: LIVE collector snapshot (" +
+                            std::string(texts().thermalSource) +
+                            ", 1 s); ladder map nominal=NORMAL fair=WARM serious=EXTREME HEAT "
+                            "(Stage A, warning only) critical=EMERGENCY (Stage B/C). " +
+                            std::string(texts().thermalNote));
+    EXPECT_EQ(lines[2], "live: scripted sensors: 0 found; battery temp not available");
+    EXPECT_TRUE(startsWith(lines, 3, "stage-c: settings loaded: autoShutdown=true"));
+    EXPECT_TRUE(startsWith(lines, 4, "stage-c: thresholds: "));
+}
+
+TEST(AppStartup, LiveLineSaysWhenABatteryTemperatureCanBeRead) {
+    AppHarness h;
+    h.readings->batteryTemp = TempReading{31, "hwmon BAT0"};
+    h.launch();
+    EXPECT_TRUE(h.logged("live: scripted sensors: 0 found; battery temp available"));
+}
+
+TEST(AppStartup, TestEmergencyAloneGivesTheTestModeTitleAndBanner) {
+    AppHarness h;
+    auto& app = h.launch({"--test-emergency"});
+    EXPECT_EQ(app.baseTitle(), "Velmora Heat Monitor · TEST MODE");
+    EXPECT_TRUE(h.logLines().front().find("testEmergency=true dryRun=true") != std::string::npos);
+    EXPECT_TRUE(app.engine->simActive());
+    EXPECT_EQ(h.realShutdowner->shutdownCalls + h.realShutdowner->probeCalls, 0);
+    EXPECT_EQ(h.countLines("stage-c: SIMULATION started"), 1);
+}
+
+TEST(AppStartup, WindowIsCreatedWithTheBaseTitleThenShown) {
+    AppHarness h;
+    h.launch({"--dry-run-shutdown"});
+    EXPECT_TRUE(h.shell.windowCreated);
+    EXPECT_TRUE(h.shell.visible);
+    EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
+}
+
+TEST(AppStartup, SimulateDeniedWithoutADryRunUsesTheRealShutdowner) {
+    AppHarness h;
+    auto& app = h.launch({"--simulate-denied"});
+    EXPECT_EQ(app.shutdowner, h.realShutdowner);
+}
+
+TEST(AppStartup, DryRunUsesTheDryRunShutdowner) {
+    AppHarness h;
+    auto& app = h.launch({"--dry-run-shutdown"});
+    EXPECT_NE(app.shutdowner, h.realShutdowner);
+    EXPECT_NE(dynamic_cast<DryRunShutdowner*>(app.shutdowner.get()), nullptr);
+}
+
+TEST(AppStartup, MuteChoosesTheMuteSounder) {
+    AppHarness h;
+    auto& app = h.launch({"--mute"});
+    EXPECT_NE(app.sounder, h.systemSounder);
+    app.sounder->tick();
+    EXPECT_EQ(h.countLines("sound: tick (muted)"), 1);
+}
+
+TEST(AppStartup, DataDirWithATildeGoesUnderTheHomeDirectory) {
+    AppHarness h;
+    PlatformEnvironment env;
+    env.home = h.dir.string();
+    env.workingDir = "/";
+    h.build({"--data-dir", "~/nested/heat"}, env).start();
+    h.app->willTerminate();
+    h.app.reset();
+    EXPECT_TRUE(std::filesystem::exists(h.dir / "nested" / "heat" / "heat.log"));
+}
+
+TEST(AppStartup, MuteWritesEveryTickCueToTheLog) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch({"--mute", "--dry-run-shutdown", "--force-thermal", "critical"});
+    h.loop.advance(11);
+    EXPECT_EQ(h.countLines("sound: tick (muted)"), 4);
+    EXPECT_TRUE(h.systemSounder->cues.empty());
+}
+
+TEST(AppStartup, NoPermissionProbeAtLaunchWithoutConsent) {
+    AppHarness h;
+    h.launch();
+    EXPECT_EQ(h.realShutdowner->probeCalls, 0);
+    EXPECT_EQ(h.countLines("stage-c: automation permission probe"), 0);
+}
+
+TEST(AppStartup, ConsentRecordedProbesAtLaunch) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    EXPECT_EQ(h.realShutdowner->probeCalls, 1);
+    EXPECT_TRUE(h.logged("stage-c: automation permission probe (launch)"));
+}
+
+TEST(AppStartup, ConsentSwitchRecordsTheAnswerThroughTheEngine) {
+    AppHarness h;
+    auto& app = h.launch({"--consent", "on"});
+    EXPECT_TRUE(app.engine->set.enabled());
+    EXPECT_TRUE(h.logged("stage-c: consent recorded: autoShutdown=true"));
+    EXPECT_EQ(app.ui.mode, UIMode::home);
+}
+
+TEST(AppStartup, ConsentOffIsRecordedWithoutAutoShutdown) {
+    AppHarness h;
+    auto& app = h.launch({"--consent", "off"});
+    EXPECT_TRUE(app.engine->set.consentRecorded);
+    EXPECT_FALSE(app.engine->set.autoShutdown);
+    EXPECT_EQ(h.realShutdowner->probeCalls, 0);
+}
+
+TEST(AppStartup, FreshInstallShowsTheConsentPage) {
+    AppHarness h;
+    auto& app = h.launch();
+    EXPECT_EQ(app.ui.mode, UIMode::consent);
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main).back(), "stagec");
+    EXPECT_EQ(h.shell.frame.width, 380);
+}
+
+TEST(AppStartup, ConsentedLaunchShowsTheCompactHomePage) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch();
+    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"index"});
+    EXPECT_EQ(h.shell.frame.width, 320);
+    EXPECT_EQ(h.shell.frame.height, 188 + h.shell.titleBarHeight);
+}
+
+TEST(AppStartup, DocumentStartScriptCarriesTokenAndTheme) {
+    AppHarness h;
+    h.preferences->setText(appearanceDefaultsKey, "dark");
+    h.launch();
+    EXPECT_EQ(h.shell.documentStartScripts[WebView::main],
+              "window.__HEAT_TOKEN__ = '" + h.app->token + "'; window.__HEAT_THEME__ = 'dark';");
+}
+
+TEST(AppStartup, MenusAndHeatItemUnlessDisabled) {
+    AppHarness h;
+    h.launch();
+    EXPECT_EQ(h.shell.mainMenu, mainMenu());
+    EXPECT_TRUE(h.shell.heatItemCreated);
+    EXPECT_EQ(h.shell.heatItemFirstTitle, "Heat \u2026");
+    EXPECT_EQ(h.shell.popoverScript, h.shell.documentStartScripts[WebView::main]);
+    EXPECT_EQ(h.shell.pagesLoaded(WebView::menu), std::vector<std::string>{"menubar"});
+
+    AppHarness without;
+    without.launch({"--no-menu-item"});
+    EXPECT_FALSE(without.shell.heatItemCreated);
+    EXPECT_TRUE(without.shell.pagesLoaded(WebView::menu).empty());
+}
+
+TEST(AppStartup, TimersPollFourTimesASecondAndSampleOnceASecond) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch();
+    EXPECT_EQ(app.ui.liveCount, 1);
+    const auto samplesAtStart = h.readings->samples;
+    const auto statusesAtStart = h.shell.statuses.size();
+    h.loop.advance(1.0);
+    EXPECT_EQ(app.ui.liveCount, 2);
+    EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
+    // Four ticks and one sample each report the status.
+    EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 5);
+}
+
+TEST(AppStartup, QuitLine) {
+    AppHarness h;
+    h.launch();
+    h.app->willTerminate();
+    EXPECT_EQ(h.logLines().back(), "---- quit");
+}
+
+TEST(AppStartup, NothingRunsOnceTheControllerIsGone) {
+    AppHarness h;
+    h.launch();
+    h.app.reset();
+    const auto samples = h.readings->samples;
+    const auto evaluations = h.shell.evaluations.size();
+    h.loop.advance(30);
+    EXPECT_EQ(h.readings->samples, samples);
+    EXPECT_EQ(h.shell.evaluations.size(), evaluations);
+    EXPECT_EQ(h.loop.pending(), 0U);
+}
+
+TEST(AppStartup, MarkerFromThePreviousRunShowsRelief) {
+    AppHarness h;
+    h.recordConsent();
+    {
+        std::ofstream(h.dir / "auto-shutdown.marker")
+            << R"({"at":"2026-01-02T03:04:05Z","peakC":108,"reason":"emergency countdown reached 0"})";
+    }
+    auto& app = h.launch();
+    EXPECT_EQ(app.ui.mode, UIMode::relief);
+    EXPECT_FALSE(std::filesystem::exists(h.dir / "auto-shutdown.marker"));
+}
+
+}  // namespace
+}  // namespace velmora::testing
