@@ -206,6 +206,25 @@ TEST(LinuxBackend, EmptyRootDirectoryYieldsAnEmptySnapshot) {
     EXPECT_EQ(collector.sample(kStart + 1), expected);
 }
 
+class FakeVendorGpus final : public GpuVendorLibrary {
+  public:
+    std::string libraryName() const override { return "NVML"; }
+    std::vector<VendorGpu> read() override {
+        return {{"NVIDIA RTX A2000", 99.0, 12.0}, {"NVIDIA T400", std::nullopt, 81.0}};
+    }
+};
+
+TEST(LinuxBackend, VendorLibraryGpusJoinTheGpuFigures) {
+    FixtureTree tree("amd_desktop");
+    LinuxBackend backend(tree.root(), std::make_unique<FakeVendorGpus>());
+    backend.prime(kStart);
+    const LiveInputs in = backend.sample(kStart + 1);
+    EXPECT_EQ(in.gpuTemp, (TempReading{99.0, "NVML NVIDIA RTX A2000"}));
+    EXPECT_EQ(in.gpuLoad, 81.0);
+    EXPECT_EQ(in.sensors.front(), (NamedTemp{"NVIDIA RTX A2000", 99.0, "NVML NVIDIA RTX A2000"}));
+    EXPECT_NE(backend.sensorSummary().find("NVML: loaded"), std::string::npos);
+}
+
 TEST(BackendFactory, RootComesFromVelmoraRoot) {
     ::setenv("VELMORA_ROOT", "/tmp/elsewhere", 1);
     EXPECT_EQ(metricsRootFromEnvironment(), "/tmp/elsewhere");

@@ -249,7 +249,8 @@ TEST(LiveModel, SourcesNameThePlatformsThermalState) {
                     {"cpuTemp", "n/a"},
                     {"gpuTemp", "n/a"},
                     {"batteryTemp", "Battery (IORegistry)"}}));
-    EXPECT_EQ(LM::dictionary(in, Platform::gnuLinux)["sources"]["thermal"], "derived thermal state");
+    EXPECT_EQ(LM::dictionary(in, Platform::gnuLinux)["sources"]["thermal"],
+              "derived thermal state");
 }
 
 TEST(LiveModelJson, KeysAreSortedAndSlashesUnescaped) {

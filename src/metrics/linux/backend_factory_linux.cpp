@@ -1,16 +1,8 @@
-#include <cstdlib>
-
 #include "metrics/backend_factory.hpp"
 #include "metrics/linux/linux_backend.hpp"
 #include "metrics/linux/nvml_library.hpp"
 
 namespace velmora {
-
-std::string metricsRootFromEnvironment() {
-    // Read once at start-up, before any thread exists.
-    const char* root = std::getenv("VELMORA_ROOT");  // NOLINT(concurrency-mt-unsafe)
-    return root && *root ? std::string(root) : std::string("/");
-}
 
 std::unique_ptr<MetricsBackend> makePlatformBackend(const std::string& root) {
     // NVML knows nothing of a root prefix; a fixture tree must not see the host's GPU.

@@ -55,8 +55,11 @@ void addTemps(HwmonInventory& inventory, HwmonChip& chip, const std::string& dir
         const std::string base = dir + "/temp" + std::to_string(n);
         auto input = openReadable(base + "_input");
         if (!input) continue;
-        inventory.temps.push_back({chip.name, textIn(base + "_label", "temp" + std::to_string(n)),
-                                   cls, true, std::move(*input), limitsOf(base)});
+        std::string label = textIn(base + "_label", "temp" + std::to_string(n));
+        std::string name = chip.name + " " + label;
+        std::string source = "hwmon " + name;
+        inventory.temps.push_back({chip.name, std::move(label), cls, true, std::move(*input),
+                                   limitsOf(base), std::move(name), std::move(source)});
         ++chip.temps;
     }
     const auto temps = std::span(inventory.temps).subspan(first);
@@ -91,7 +94,7 @@ HwmonInventory discoverHwmon(const std::string& root) {
     HwmonInventory inventory;
     const std::string classDir = root + "/sys/class/hwmon";
     for (const std::string& entry : listEntries(classDir, "hwmon")) {
-        const std::string dir = attributeDir(classDir + "/" + entry);
+        const std::string dir = attributeDir(childPath(classDir, entry));
         HwmonChip chip{dir, textIn(dir + "/name", entry), 0, 0};
         addTemps(inventory, chip, dir);
         addFans(inventory, chip, dir);

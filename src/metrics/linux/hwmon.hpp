@@ -21,8 +21,9 @@ struct HwmonTemp {
     bool representsClass = true;
     SysfsFile input;
     HwmonLimits limits;
-
-    std::string name() const { return chip + " " + label; }
+    /// "chip label" and "hwmon chip label", built once so that a sample does not rebuild them.
+    std::string name;
+    std::string source;
 };
 
 struct HwmonFan {

@@ -24,7 +24,8 @@ std::vector<SysfsFile> discoverGpuBusy(const std::string& root) {
     for (const std::string& card : listEntries(drm, "card")) {
         // Connectors ("card0-DP-1") are not devices.
         if (card.find('-') != std::string::npos) continue;
-        if (auto file = SysfsFile::openReadable(drm + "/" + card + "/device/gpu_busy_percent")) {
+        if (auto file = SysfsFile::openReadable(
+                childPath(childPath(drm, card), "device/gpu_busy_percent"))) {
             files.push_back(std::move(*file));
         }
     }

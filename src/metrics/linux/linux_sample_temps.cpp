@@ -27,9 +27,8 @@ void LinuxBackend::sampleHwmonTemps(LiveInputs& in) {
         const double celsius = fromMillidegrees(*milli);
         hwmonValues_[i] = celsius;
         if (!plausibleCelsius(celsius)) continue;
-        const std::string name = temp.name();
-        const std::string source = "hwmon " + name;
-        in.sensors.push_back({name, celsius, source});
+        const std::string& source = temp.source;
+        in.sensors.push_back({temp.name, celsius, source});
         if (!temp.representsClass) continue;
         if (temp.cls == SensorClass::cpu) {
             keepHottest(in.cpuTemp, chosen_.cpuTemp, celsius, source, temp.input.path());

@@ -67,7 +67,7 @@ PowerSupplies discoverPowerSupplies(const std::string& root) {
     PowerSupplies supplies;
     const std::string classDir = root + "/sys/class/power_supply";
     for (const std::string& entry : listEntries(classDir, "")) {
-        const std::string dir = classDir + "/" + entry;
+        const std::string dir = childPath(classDir, entry);
         // Mice, keyboards and headsets report their own batteries with scope Device.
         if (attribute(dir, "scope") == "Device") continue;
         const std::string type = attribute(dir, "type");

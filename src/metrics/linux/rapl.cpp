@@ -12,7 +12,7 @@ RaplMeter RaplMeter::discover(const std::string& root) {
     for (const std::string& entry : listEntries(classDir, "intel-rapl:")) {
         // Only the package domains ("intel-rapl:0"), not their cores/uncore subdomains.
         if (entry.find(':') != entry.rfind(':')) continue;
-        const std::string dir = classDir + "/" + entry;
+        const std::string dir = childPath(classDir, entry);
         auto energy = SysfsFile::open(dir + "/energy_uj");
         if (!energy || !energy->readInteger()) continue;
         const auto name = readSmallFile(dir + "/name");

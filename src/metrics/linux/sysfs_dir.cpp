@@ -21,6 +21,13 @@ std::pair<std::string_view, long> naturalKey(std::string_view name) {
 
 }  // namespace
 
+std::string childPath(std::string_view dir, std::string_view name) {
+    std::string path;
+    path.reserve(dir.size() + 1 + name.size());
+    path.append(dir).append("/").append(name);
+    return path;
+}
+
 std::vector<std::string> listEntries(const std::string& dir, std::string_view prefix) {
     std::vector<std::string> names;
     std::error_code error;

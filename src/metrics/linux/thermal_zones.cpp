@@ -33,7 +33,7 @@ std::vector<ThermalZone> discoverThermalZones(const std::string& root) {
     std::vector<ThermalZone> zones;
     const std::string classDir = root + "/sys/class/thermal";
     for (const std::string& entry : listEntries(classDir, "thermal_zone")) {
-        const std::string dir = classDir + "/" + entry;
+        const std::string dir = childPath(classDir, entry);
         auto temp = SysfsFile::open(dir + "/temp");
         if (!temp || !temp->readInteger()) continue;
         const auto type = readSmallFile(dir + "/type");
@@ -47,7 +47,7 @@ std::vector<SysfsFile> discoverThrottleCounters(const std::string& root) {
     std::vector<SysfsFile> counters;
     const std::string cpuDir = root + "/sys/devices/system/cpu";
     for (const std::string& cpu : listEntries(cpuDir, "cpu")) {
-        const std::string dir = cpuDir + "/" + cpu + "/thermal_throttle";
+        const std::string dir = childPath(childPath(cpuDir, cpu), "thermal_throttle");
         for (const char* name : {"/core_throttle_count", "/package_throttle_count"}) {
             auto counter = SysfsFile::open(dir + name);
             if (counter && counter->readInteger()) counters.push_back(std::move(*counter));

@@ -14,8 +14,8 @@ std::string keysOf(const SMC& smc, SMCClass cls) {
     return keys;
 }
 
-std::string readingSource(const std::optional<TempReading>& reading, std::string fallback) {
-    return reading ? reading->source : std::move(fallback);
+std::string readingSource(const std::optional<TempReading>& reading, const char* fallback) {
+    return reading ? reading->source : std::string(fallback);
 }
 
 }  // namespace
