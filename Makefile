@@ -2,15 +2,19 @@
 BUILD    ?= build
 SANITIZE ?= OFF
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
+# Where `make install` puts things. /usr, as a distribution package would, because the Linux
+# texts point at the polkit rule example under /usr/share/doc.
+PREFIX   ?= /usr
 EXE       = $(BUILD)/velmora-heat-monitor
 
-.PHONY: deps configure build test run bench format tidy clean
+.PHONY: deps configure build test run install bench format tidy clean
 
 deps:
 	@scripts/install-deps
 
 configure: deps
-	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_SANITIZE=$(SANITIZE)
+	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_SANITIZE=$(SANITIZE) \
+	  -DCMAKE_INSTALL_PREFIX=$(PREFIX)
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -18,9 +22,13 @@ build: configure
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
+# Without a display this is the headless watchdog; ARGS adds switches, e.g.
+# make run ARGS="--dry-run-shutdown --test-emergency"
 run: build
-	@if [ -x $(EXE) ]; then $(EXE) $(ARGS); \
-	else echo "velmora-heat-monitor is not built yet: only the libraries and tests exist so far."; fi
+	$(EXE) $(ARGS)
+
+install: build
+	cmake --install $(BUILD)
 
 bench: deps
 	cmake -S . -B $(BUILD)-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_BENCH=ON

@@ -39,6 +39,7 @@ PlatformEnvironment PlatformEnvironment::current() {
     env.home = variable("HOME");
     env.xdgDataHome = variable("XDG_DATA_HOME");
     env.xdgConfigHome = variable("XDG_CONFIG_HOME");
+    env.display = variable("DISPLAY").has_value() || variable("WAYLAND_DISPLAY").has_value();
     std::error_code error;
     env.workingDir = std::filesystem::current_path(error);
     return env;

@@ -13,6 +13,8 @@ struct PlatformEnvironment {
     std::optional<std::string> xdgDataHome;
     std::optional<std::string> xdgConfigHome;
     std::filesystem::path workingDir;
+    /// An X11 or Wayland display is named in the environment.
+    bool display = false;
 
     static PlatformEnvironment current();
 };

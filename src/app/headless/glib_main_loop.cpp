@@ -1,0 +1,121 @@
+#include "app/headless/glib_main_loop.hpp"
+
+#include <glib-unix.h>
+#include <glib.h>
+
+#include <cmath>
+#include <csignal>
+
+namespace velmora {
+
+namespace {
+
+struct Work {
+    GlibMainLoop* owner = nullptr;
+    TimerId id = 0;
+    bool repeating = false;
+    std::function<void()> run;
+};
+
+gboolean runPost(gpointer data) {
+    static_cast<Work*>(data)->run();
+    return G_SOURCE_REMOVE;
+}
+
+gboolean runTimer(gpointer data) {
+    auto* work = static_cast<Work*>(data);
+    const bool repeating = work->repeating;
+    if (!repeating) work->owner->forget(work->id);
+    work->run();
+    return repeating ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+}
+
+void deleteWork(gpointer data) {
+    delete static_cast<Work*>(data);
+}
+
+gboolean quitLoop(gpointer data) {
+    static_cast<GlibMainLoop*>(data)->quit();
+    return G_SOURCE_CONTINUE;
+}
+
+guint milliseconds(double seconds) {
+    if (!(seconds > 0)) return 0;
+    return static_cast<guint>(std::lround(seconds * 1000.0));
+}
+
+}  // namespace
+
+GlibMainLoop::GlibMainLoop()
+    : context_(g_main_context_default()), loop_(g_main_loop_new(context_, FALSE)) {}
+
+GlibMainLoop::~GlibMainLoop() {
+    for (const auto& [id, source] : timers_) {
+        g_source_destroy(source);
+        g_source_unref(source);
+    }
+    for (const auto source : signalSources_)
+        g_source_remove(source);
+    g_main_loop_unref(loop_);
+}
+
+void GlibMainLoop::post(std::function<void()> work) {
+    GSource* source = g_idle_source_new();
+    g_source_set_priority(source, G_PRIORITY_DEFAULT);
+    g_source_set_callback(source, runPost, new Work{this, 0, false, std::move(work)}, deleteWork);
+    g_source_attach(source, context_);
+    g_source_unref(source);
+}
+
+TimerId GlibMainLoop::postAfter(double seconds, std::function<void()> work) {
+    return addTimeout(seconds, false, std::move(work));
+}
+
+TimerId GlibMainLoop::startRepeating(double seconds, std::function<void()> work) {
+    return addTimeout(seconds, true, std::move(work));
+}
+
+TimerId GlibMainLoop::addTimeout(double seconds, bool repeating, std::function<void()> work) {
+    const TimerId id = ++nextId_;
+    GSource* source = g_timeout_source_new(milliseconds(seconds));
+    g_source_set_callback(source, runTimer, new Work{this, id, repeating, std::move(work)},
+                          deleteWork);
+    g_source_attach(source, context_);
+    timers_.emplace(id, source);  // keeps the reference until stopped or done
+    return id;
+}
+
+void GlibMainLoop::stop(TimerId id) {
+    const auto found = timers_.find(id);
+    if (found == timers_.end()) return;
+    g_source_destroy(found->second);
+    g_source_unref(found->second);
+    timers_.erase(found);
+}
+
+void GlibMainLoop::forget(TimerId id) {
+    const auto found = timers_.find(id);
+    if (found == timers_.end()) return;
+    g_source_unref(found->second);
+    timers_.erase(found);
+}
+
+Timestamp GlibMainLoop::now() const {
+    return Timestamp::now();
+}
+
+void GlibMainLoop::run() {
+    g_main_loop_run(loop_);
+}
+
+void GlibMainLoop::quit() {
+    g_main_loop_quit(loop_);
+}
+
+void GlibMainLoop::quitOnTerminationSignals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        signalSources_.push_back(g_unix_signal_add(signal, quitLoop, this));
+    }
+}
+
+}  // namespace velmora

@@ -1,0 +1,73 @@
+#include "app/headless/headless_shell.hpp"
+
+#include <ctime>
+
+#include "app/headless/status_line.hpp"
+
+namespace velmora {
+
+namespace {
+
+constexpr const char* clearLine = "\r\x1b[2K";
+
+std::string clockText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char buffer[16] = {};
+    std::strftime(buffer, sizeof buffer, "%H:%M:%S", &local);
+    return buffer;
+}
+
+}  // namespace
+
+HeadlessShell::HeadlessShell(std::FILE* out, bool interactive, std::shared_ptr<Sounder> cues,
+                             std::function<void()> quit)
+    : out_(out), interactive_(interactive), cues_(std::move(cues)), quit_(std::move(quit)) {}
+
+void HeadlessShell::playSound(std::string_view name) {
+    if (!cues_) return;
+    // The presentation's chime is the short cue, its urgent alert the alarm.
+    if (name == "Tink") {
+        cues_->tick();
+    } else {
+        cues_->urgent();
+    }
+}
+
+void HeadlessShell::terminate() {
+    if (quit_) quit_();
+}
+
+void HeadlessShell::statusChanged(const StatusReport& report) {
+    if (const auto line = changeLine(last_, report)) printLine(clockText() + " " + *line);
+    last_ = report;
+    drawStatus();
+}
+
+void HeadlessShell::printLine(const std::string& line) {
+    if (interactive_) std::fputs(clearLine, out_);
+    std::fputs(line.c_str(), out_);
+    std::fputc('\n', out_);
+    shownStatus_.clear();
+    std::fflush(out_);
+}
+
+void HeadlessShell::drawStatus() {
+    if (!interactive_ || !last_) return;
+    const auto text = statusLineText(*last_);
+    if (text == shownStatus_) return;
+    shownStatus_ = text;
+    std::fputs(clearLine, out_);
+    std::fputs(text.c_str(), out_);
+    std::fflush(out_);
+}
+
+void HeadlessShell::finish() {
+    if (!interactive_ || shownStatus_.empty()) return;
+    std::fputs(clearLine, out_);
+    std::fflush(out_);
+    shownStatus_.clear();
+}
+
+}  // namespace velmora

@@ -1,0 +1,35 @@
+#include "actuators/linux/canberra_sounder.hpp"
+#include "actuators/linux/logind_calls.hpp"
+#include "actuators/linux/logind_shutdowner.hpp"
+#include "app/file_preferences.hpp"
+#include "app/platform_services.hpp"
+#include "metrics/backend_factory.hpp"
+
+namespace velmora {
+
+std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts) {
+    auto collector =
+        std::make_unique<HeatCollector>(makePlatformBackend(metricsRootFromEnvironment()));
+    collector->forcedThermal = opts.forceThermal;
+    return collector;
+}
+
+PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnvironment& env,
+                                const std::filesystem::path& resources) {
+    PlatformParts parts;
+    parts.services.collector = makePlatformCollector(opts);
+    if (const auto config = defaultConfigDir(env)) {
+        parts.services.preferences = std::make_unique<FilePreferences>(*config);
+    }
+    parts.services.realShutdowner = [](LogSink log, Post post) {
+        return std::make_shared<LogindShutdowner>(std::move(log), std::move(post));
+    };
+    parts.services.realProbe = askCanPowerOff;
+    if (!opts.mute) {
+        parts.sounds = std::make_shared<CanberraSounder>(resources / "sounds");
+        parts.services.systemSounder = [sounds = parts.sounds] { return sounds; };
+    }
+    return parts;
+}
+
+}  // namespace velmora

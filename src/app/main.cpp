@@ -1,0 +1,55 @@
+#include <cstdio>
+#include <string>
+
+#include "app/headless/headless_run.hpp"
+#include "app/launch_options.hpp"
+#include "app/platform_services.hpp"
+#include "app/resource_dirs.hpp"
+#include "app/shell_choice.hpp"
+#include "app/usage.hpp"
+#include "metrics/diagnose.hpp"
+#include "policy/constants.hpp"
+
+namespace {
+
+constexpr const char* programName = "velmora-heat-monitor";
+
+int diagnose(const velmora::LaunchOptions& opts) {
+    auto collector = velmora::makePlatformCollector(opts);
+    const auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
+    std::fputs(report.c_str(), stdout);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace velmora;
+    const auto env = PlatformEnvironment::current();
+    auto opts = LaunchOptions::parse(argumentList(argc, argv), env);
+    if (!opts) {
+        std::fprintf(stderr,
+                     "%s: no place for the data directory: neither XDG_DATA_HOME nor HOME is "
+                     "set\n",
+                     programName);
+        return 1;
+    }
+    for (const auto& warning : opts->warnings) {
+        std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
+    }
+    if (opts->help) {
+        std::fputs(usageText().c_str(), stdout);
+        return 0;
+    }
+    if (opts->version) {
+        std::printf("%s\n", std::string(SC::version).c_str());
+        return 0;
+    }
+    if (opts->diagnose) return diagnose(*opts);
+    if (pickShell(*opts, env) == ShellKind::desktop) {
+        std::fprintf(stderr, "%s: this build has no desktop window yet; running headless\n",
+                     programName);
+    }
+    auto parts = makePlatformParts(*opts, env, resourceDirectory(runningExecutable()));
+    return runHeadless(std::move(*opts), std::move(parts));
+}

@@ -1,0 +1,66 @@
+#include "app/headless/glib_main_loop.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace velmora {
+namespace {
+
+TEST(GlibMainLoop, PostsRunInOrderOnTheLoop) {
+    GlibMainLoop loop;
+    std::vector<std::string> ran;
+    loop.post([&] { ran.emplace_back("first"); });
+    loop.post([&] { ran.emplace_back("second"); });
+    loop.post([&] { loop.quit(); });
+    loop.run();
+    EXPECT_EQ(ran, (std::vector<std::string>{"first", "second"}));
+}
+
+TEST(GlibMainLoop, PostFromAnotherThreadReachesTheLoop) {
+    GlibMainLoop loop;
+    const auto loopThread = std::this_thread::get_id();
+    std::thread::id ranOn;
+    std::thread worker([&] {
+        loop.post([&] {
+            ranOn = std::this_thread::get_id();
+            loop.quit();
+        });
+    });
+    loop.run();
+    worker.join();
+    EXPECT_EQ(ranOn, loopThread);
+}
+
+TEST(GlibMainLoop, RepeatingTimerRunsUntilStoppedAndOneShotsOnce) {
+    GlibMainLoop loop;
+    int repeats = 0;
+    int once = 0;
+    TimerId repeating = 0;
+    repeating = loop.startRepeating(0.001, [&] {
+        if (++repeats == 3) {
+            loop.stop(repeating);
+            loop.postAfter(0.002, [&] { loop.quit(); });
+        }
+    });
+    loop.postAfter(0.0, [&] { ++once; });
+    loop.run();
+    EXPECT_EQ(repeats, 3);
+    EXPECT_EQ(once, 1);
+}
+
+TEST(GlibMainLoop, StoppedDelayedPostNeverRuns) {
+    GlibMainLoop loop;
+    bool ran = false;
+    const auto id = loop.postAfter(0.001, [&] { ran = true; });
+    loop.stop(id);
+    loop.stop(id);  // unknown by now: ignored
+    loop.postAfter(0.003, [&] { loop.quit(); });
+    loop.run();
+    EXPECT_FALSE(ran);
+}
+
+}  // namespace
+}  // namespace velmora

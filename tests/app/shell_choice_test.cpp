@@ -1,0 +1,45 @@
+#include "app/shell_choice.hpp"
+
+#include <gtest/gtest.h>
+
+#include "app/resource_dirs.hpp"
+#include "app/usage.hpp"
+
+namespace velmora {
+namespace {
+
+TEST(ShellChoice, HeadlessWithoutADisplayOrOnRequest) {
+    LaunchOptions opts;
+    PlatformEnvironment env;
+    env.display = false;
+    EXPECT_EQ(pickShell(opts, env), ShellKind::headless);
+    env.display = true;
+    EXPECT_EQ(pickShell(opts, env), ShellKind::desktop);
+    opts.headless = true;
+    EXPECT_EQ(pickShell(opts, env), ShellKind::headless);
+}
+
+TEST(ResourceDirs, InstalledLayoutWhenNoResourcesBesideTheExecutable) {
+    EXPECT_EQ(resourceDirectory("/nonexistent/prefix/bin/velmora-heat-monitor"),
+              std::filesystem::path("/nonexistent/prefix/share/velmora-heat-monitor"));
+}
+
+TEST(ResourceDirs, BuildTreeLayout) {
+    const auto dir = std::filesystem::temp_directory_path() / "velmora-resource-dirs";
+    std::filesystem::create_directories(dir / "resources");
+    EXPECT_EQ(resourceDirectory(dir / "velmora-heat-monitor"), dir / "resources");
+    std::filesystem::remove_all(dir);
+}
+
+TEST(Usage, NamesEverySwitch) {
+    const auto text = usageText();
+    for (const char* name :
+         {"--data-dir", "--consent", "--headless", "--mute", "--no-menu-item", "--dry-run-shutdown",
+          "--test-emergency", "--simulate-denied", "--real-probe", "--force-thermal", "--diagnose",
+          "--help", "--version"}) {
+        EXPECT_NE(text.find(name), std::string::npos) << name;
+    }
+}
+
+}  // namespace
+}  // namespace velmora
