@@ -74,11 +74,15 @@ void AppController::reportStatus(const nlohmann::json& view) {
 }
 
 void AppController::reportLive(const LiveInputs& inputs) {
+    rememberLive(inputs);
+    shell_.statusChanged(status_);
+}
+
+void AppController::rememberLive(const LiveInputs& inputs) {
     status_.thermal = std::string(thermalName(inputs.thermal));
     status_.cpuTemp.reset();
     if (inputs.cpuTemp) status_.cpuTemp = inputs.cpuTemp->celsius;
     status_.cpuBusy = inputs.cpuBusy;
-    shell_.statusChanged(status_);
 }
 
 }  // namespace velmora

@@ -143,6 +143,7 @@ class AppController {
     void menuTestEmergency();
     void reportStatus(const nlohmann::json& view);
     void reportLive(const LiveInputs& inputs);
+    void rememberLive(const LiveInputs& inputs);
 
     // Menu bar and appearance.
     void buildMenus();

@@ -76,6 +76,7 @@ void AppController::logSensorLines() {
     // The first sample also tells whether a battery temperature can be read; sampling logs
     // nothing, so the line still comes first in the log.
     const auto first = live->sample(loop_.now());
+    rememberLive(first);
     log("live: " + summary + "; battery temp " +
         (first.batteryTemp ? "available" : "not available"));
 }

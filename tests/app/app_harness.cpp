@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <fstream>
 
@@ -66,9 +68,12 @@ void RecordingShutdowner::probe(ProbeCompletion completion) {
 }
 
 AppHarness::AppHarness() {
+    // Unique per harness: a test may build two, and test processes may run side by side.
+    static int made = 0;
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
     dir = std::filesystem::temp_directory_path() / "velmora-app-tests" /
-          (std::string(info->test_suite_name()) + "." + info->name());
+          (std::string(info->test_suite_name()) + "." + info->name() + "." +
+           std::to_string(getpid()) + "." + std::to_string(++made));
     std::filesystem::remove_all(dir);
     std::filesystem::create_directories(dir);
 }

@@ -10,11 +10,11 @@ std::string cpuText(const StatusReport& report) {
     std::string text = "CPU ";
     text += report.cpuTemp && std::isfinite(*report.cpuTemp)
                 ? std::to_string(std::lround(*report.cpuTemp)) + "°C"
-                : "n/a °C";
+                : "n/a";
     text += " ";
     text += report.cpuBusy && std::isfinite(*report.cpuBusy)
                 ? std::to_string(std::lround(*report.cpuBusy)) + "%"
-                : "n/a %";
+                : "n/a";
     return text;
 }
 
