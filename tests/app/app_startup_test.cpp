@@ -214,5 +214,19 @@ TEST(AppStartup, MarkerFromThePreviousRunShowsRelief) {
     EXPECT_FALSE(std::filesystem::exists(h.dir / "auto-shutdown.marker"));
 }
 
+TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
+    AppHarness h;
+    std::ofstream(h.dir / "blocker") << "a file where the data directory should be";
+    PlatformEnvironment env;
+    env.home = h.dir.string();
+    env.workingDir = h.dir;
+    auto& app = h.build({"--data-dir", (h.dir / "blocker" / "data").string()}, env);
+    app.start();
+    EXPECT_EQ(app.ui.mode, UIMode::consent);
+    EXPECT_FALSE(app.engine->consent(true, h.loop.now()));
+    h.loop.advance(1);
+    EXPECT_EQ(app.ui.mode, UIMode::consent);
+}
+
 }  // namespace
 }  // namespace velmora::testing

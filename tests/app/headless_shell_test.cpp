@@ -62,6 +62,13 @@ TEST(ChangeLine, FirstReportAndEveryStageStateOrPageChange) {
     EXPECT_EQ(changeLine(first, sim), "stage EMERGENCY, state countdown, page count (simulation)");
 }
 
+TEST(ChangeLine, ConsentPageSaysHowToAnswer) {
+    StatusReport report;
+    report.mode = "consent";
+    EXPECT_EQ(changeLine(std::nullopt, report),
+              "stage n/a, state idle, page consent (answer with --consent on or --consent off)");
+}
+
 TEST(HeadlessShell, OnATerminalKeepsOneStatusLineAndPrintsChanges) {
     std::FILE* out = std::tmpfile();
     ASSERT_NE(out, nullptr);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/data_dir_check.hpp"
 #include "app/resource_dirs.hpp"
 #include "app/usage.hpp"
 
@@ -39,6 +40,16 @@ TEST(Usage, NamesEverySwitch) {
           "--help", "--version"}) {
         EXPECT_NE(text.find(name), std::string::npos) << name;
     }
+}
+
+TEST(DataDirCheck, MissingDirectoryIsAProblem) {
+    const auto problem = dataDirProblem("/nonexistent/velmora/data");
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_NE(problem->find("/nonexistent/velmora/data"), std::string::npos);
+}
+
+TEST(DataDirCheck, WritableDirectoryIsFine) {
+    EXPECT_FALSE(dataDirProblem(std::filesystem::temp_directory_path()).has_value());
 }
 
 }  // namespace

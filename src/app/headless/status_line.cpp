@@ -37,6 +37,8 @@ std::optional<std::string> changeLine(const std::optional<StatusReport>& previou
     if (!changed) return std::nullopt;
     std::string line = "stage " + next.stage + ", state " + next.state + ", page " + next.mode;
     if (next.simulation) line += " (simulation)";
+    // Without a page to answer on, say how to answer.
+    if (next.mode == "consent") line += " (answer with --consent on or --consent off)";
     return line;
 }
 
