@@ -27,7 +27,7 @@ class MainLoop {
     virtual Timestamp now() const = 0;
 
     /// This loop's `post` as a plain function, for components that deliver completions.
-    Post poster() {
+    virtual Post poster() {
         return [this](std::function<void()> work) { post(std::move(work)); };
     }
 };

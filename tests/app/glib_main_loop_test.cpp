@@ -62,5 +62,19 @@ TEST(GlibMainLoop, StoppedDelayedPostNeverRuns) {
     EXPECT_FALSE(ran);
 }
 
+TEST(GlibMainLoop, PosterOutlivingTheLoopDropsItsWork) {
+    Post post;
+    {
+        GlibMainLoop loop;
+        post = loop.poster();
+        post([&loop] { loop.quit(); });
+        loop.run();
+    }
+    bool ran = false;
+    post([&ran] { ran = true; });  // the loop is gone: nothing is queued anywhere
+    EXPECT_EQ(g_main_context_pending(g_main_context_default()), FALSE);
+    EXPECT_FALSE(ran);
+}
+
 }  // namespace
 }  // namespace velmora

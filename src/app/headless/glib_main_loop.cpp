@@ -47,9 +47,15 @@ guint milliseconds(double seconds) {
 }  // namespace
 
 GlibMainLoop::GlibMainLoop()
-    : context_(g_main_context_default()), loop_(g_main_loop_new(context_, FALSE)) {}
+    : context_(g_main_context_default()), loop_(g_main_loop_new(context_, FALSE)) {
+    gate_->loop = this;
+}
 
 GlibMainLoop::~GlibMainLoop() {
+    {
+        std::lock_guard lock(gate_->mutex);
+        gate_->loop = nullptr;
+    }
     for (const auto& [id, source] : timers_) {
         g_source_destroy(source);
         g_source_unref(source);
@@ -65,6 +71,13 @@ void GlibMainLoop::post(std::function<void()> work) {
     g_source_set_callback(source, runPost, new Work{this, 0, false, std::move(work)}, deleteWork);
     g_source_attach(source, context_);
     g_source_unref(source);
+}
+
+Post GlibMainLoop::poster() {
+    return [gate = gate_](std::function<void()> work) {
+        std::lock_guard lock(gate->mutex);
+        if (gate->loop != nullptr) gate->loop->post(std::move(work));
+    };
 }
 
 TimerId GlibMainLoop::postAfter(double seconds, std::function<void()> work) {

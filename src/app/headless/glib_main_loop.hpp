@@ -3,6 +3,8 @@
 #include <glib.h>
 
 #include <map>
+#include <memory>
+#include <mutex>
 #include <vector>
 
 #include "app/main_loop.hpp"
@@ -25,6 +27,9 @@ class GlibMainLoop final : public MainLoop {
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
     Timestamp now() const override;
+    /// Background work may finish after the loop is gone (a detached probe at quit): its
+    /// completion is then dropped instead of reaching a destroyed loop.
+    Post poster() override;
 
     /// Runs until `quit`.
     void run();
@@ -43,6 +48,12 @@ class GlibMainLoop final : public MainLoop {
     TimerId nextId_ = 0;
     std::map<TimerId, GSource*> timers_;
     std::vector<unsigned> signalSources_;
+
+    struct Gate {
+        std::mutex mutex;
+        GlibMainLoop* loop = nullptr;
+    };
+    std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
 };
 
 }  // namespace velmora
