@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -21,12 +22,26 @@ int diagnose(const velmora::LaunchOptions& opts) {
     return 0;
 }
 
+bool asked(const std::vector<std::string>& args, std::string_view name) {
+    return std::find(args.begin(), args.end(), name) != args.end();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     using namespace velmora;
+    const auto args = argumentList(argc, argv);
+    // Help and the version need no data directory.
+    if (asked(args, "--help")) {
+        std::fputs(usageText().c_str(), stdout);
+        return 0;
+    }
+    if (asked(args, "--version")) {
+        std::printf("%s\n", std::string(SC::version).c_str());
+        return 0;
+    }
     const auto env = PlatformEnvironment::current();
-    auto opts = LaunchOptions::parse(argumentList(argc, argv), env);
+    auto opts = LaunchOptions::parse(args, env);
     if (!opts) {
         std::fprintf(stderr,
                      "%s: no place for the data directory: neither XDG_DATA_HOME nor HOME is "
@@ -36,14 +51,6 @@ int main(int argc, char** argv) {
     }
     for (const auto& warning : opts->warnings) {
         std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
-    }
-    if (opts->help) {
-        std::fputs(usageText().c_str(), stdout);
-        return 0;
-    }
-    if (opts->version) {
-        std::printf("%s\n", std::string(SC::version).c_str());
-        return 0;
     }
     if (opts->diagnose) return diagnose(*opts);
     if (pickShell(*opts, env) == ShellKind::desktop) {
