@@ -91,8 +91,9 @@ inline constexpr PlatformTexts linuxTexts{
     .tipUnplugPower = "Unplug power if safe — battery mode runs cooler on many laptops",
     .tipClearVents = "Lift the lid / clear vents; keep this computer on a hard surface",
     .probeCommand = "logind",
-    .simulatedDeniedText = "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired: "
-                           "Interactive authentication required.",
+    .simulatedDeniedText =
+        "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired: "
+        "Interactive authentication required.",
     .simulatedDenialName = "polkit",
     .thermalSource = "derived thermal state",
 };

@@ -18,9 +18,9 @@ struct OneSource {
     ThermalDeriver deriver;
 
     explicit OneSource(std::vector<ThermalCondition> conditions) {
-        std::vector<ThermalSourceSpec> specs;
-        specs.push_back({"zone", std::move(conditions)});
-        deriver.setSources(std::move(specs));
+        std::vector<ThermalSourceDef> sourceDefs;
+        sourceDefs.push_back({"zone", std::move(conditions)});
+        deriver.setSources(std::move(sourceDefs));
     }
     TS at(std::optional<double> celsius, bool throttled = false) {
         const std::vector<std::optional<double>> readings{celsius};

@@ -65,21 +65,21 @@ void LinuxBackend::discover(Timestamp now) {
 }
 
 void LinuxBackend::setThermalSources() {
-    std::vector<ThermalSourceSpec> specs;
+    std::vector<ThermalSourceDef> sourceDefs;
     thermalSlots_.clear();
     for (std::size_t i = 0; i < inv_.zones.size(); ++i) {
         auto conditions = zoneConditions(inv_.zones[i].trips);
         if (conditions.empty()) continue;
-        specs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
+        sourceDefs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
         thermalSlots_.push_back({true, i});
     }
     for (std::size_t i = 0; i < inv_.hwmon.temps.size(); ++i) {
         auto conditions = hwmonConditions(inv_.hwmon.temps[i].limits);
         if (conditions.empty()) continue;
-        specs.push_back({inv_.hwmon.temps[i].input.path(), std::move(conditions)});
+        sourceDefs.push_back({inv_.hwmon.temps[i].input.path(), std::move(conditions)});
         thermalSlots_.push_back({false, i});
     }
-    deriver_.setSources(std::move(specs));
+    deriver_.setSources(std::move(sourceDefs));
 }
 
 void LinuxBackend::maybeRediscover(Timestamp now) {

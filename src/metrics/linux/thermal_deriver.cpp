@@ -14,24 +14,24 @@ bool above(ThermalState a, ThermalState b) {
 
 }  // namespace
 
-void ThermalDeriver::setSources(std::vector<ThermalSourceSpec> specs) {
+void ThermalDeriver::setSources(std::vector<ThermalSourceDef> sourceDefs) {
     std::vector<Source> next;
-    next.reserve(specs.size());
-    for (ThermalSourceSpec& spec : specs) {
-        std::vector<bool> active(spec.conditions.size(), false);
+    next.reserve(sourceDefs.size());
+    for (ThermalSourceDef& def : sourceDefs) {
+        std::vector<bool> active(def.conditions.size(), false);
         const auto kept = std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) {
-            return s.spec.id == spec.id && s.spec.conditions == spec.conditions;
+            return s.def.id == def.id && s.def.conditions == def.conditions;
         });
         if (kept != sources_.end()) active = kept->active;
-        next.push_back({std::move(spec), std::move(active)});
+        next.push_back({std::move(def), std::move(active)});
     }
     sources_ = std::move(next);
 }
 
 ThermalState ThermalDeriver::levelOf(Source& source, double celsius) {
     ThermalState level = ThermalState::nominal;
-    for (std::size_t i = 0; i < source.spec.conditions.size(); ++i) {
-        const ThermalCondition& rule = source.spec.conditions[i];
+    for (std::size_t i = 0; i < source.def.conditions.size(); ++i) {
+        const ThermalCondition& rule = source.def.conditions[i];
         // Holding a state needs the temperature to stay within the margin below its threshold.
         const bool held = source.active[i] && celsius > rule.threshold - rule.margin;
         source.active[i] = celsius >= rule.threshold || held;
@@ -57,7 +57,7 @@ ThermalState ThermalDeriver::update(std::span<const std::optional<double>> readi
         const ThermalState level = levelOf(source, *celsius);
         if (above(level, state)) {
             state = level;
-            driving_ = source.spec.id;
+            driving_ = source.def.id;
         }
     }
     if (throttled && above(ThermalState::serious, state)) {

@@ -11,7 +11,7 @@
 namespace velmora {
 
 /// One temperature source of the derived state and the rules its limits give.
-struct ThermalSourceSpec {
+struct ThermalSourceDef {
     /// Stable across rediscovery (the attribute's path), so held states survive it.
     std::string id;
     std::vector<ThermalCondition> conditions;
@@ -23,7 +23,7 @@ struct ThermalSourceSpec {
 class ThermalDeriver {
   public:
     /// Replaces the sources; a source whose id remains keeps what it held.
-    void setSources(std::vector<ThermalSourceSpec> specs);
+    void setSources(std::vector<ThermalSourceDef> sourceDefs);
 
     /// One sample: `readings[i]` is source i's temperature (nothing when it could not be read);
     /// `throttled` says whether the CPU throttle counters rose since the last sample.
@@ -37,7 +37,7 @@ class ThermalDeriver {
 
   private:
     struct Source {
-        ThermalSourceSpec spec;
+        ThermalSourceDef def;
         std::vector<bool> active;
     };
 
