@@ -8,6 +8,7 @@
 #include "metrics/diagnose.hpp"
 #include "metrics/fixture_tree.hpp"
 #include "metrics/heat_collector.hpp"
+#include "metrics/live_model.hpp"
 
 namespace velmora {
 namespace {
@@ -148,6 +149,22 @@ TEST(LinuxBackend, WithoutRaplTheBatteryGivesThePower) {
     const LiveInputs in = backend.sample(kStart + 1);
     EXPECT_EQ(in.power, (PowerReading{1234.0 * 12345.0 / 1'000'000.0, "Battery discharge",
                                       "power_supply BAT0"}));
+}
+
+TEST(LinuxBackend, ARaplDomainNameThatIsNotUtf8StillGivesTheDashboardItsJson) {
+    FixtureTree tree("intel_laptop");
+    tree.write("sys/class/powercap/intel-rapl:0/name",
+               "pack\xFF"
+               "age-0\n");
+    LinuxBackend backend(tree.root());
+    backend.prime(kStart);
+    tree.write("sys/class/powercap/intel-rapl:0/energy_uj", "81244567890\n");
+    const LiveInputs in = backend.sample(kStart + 1);
+    ASSERT_TRUE(in.power);
+    EXPECT_EQ(in.power->source,
+              "RAPL pack\xEF\xBF\xBD"
+              "age-0");
+    EXPECT_NE(LiveModel::json(in), "{}");
 }
 
 TEST(LinuxBackend, ChargingBatteryOnAcFromPowerNowAndEnergy) {

@@ -83,12 +83,26 @@ TEST(LoadAverage, FirstField) {
     EXPECT_EQ(parseLoadAverage("x"), std::nullopt);
 }
 
+TEST(LoadAverage, InfinityAndNanAreNotLoads) {
+    for (const char* text : {"inf 0.1 0.1 1/1 1\n", "infinity\n", "nan 0 0 1/1 1\n", "-1 0 0"}) {
+        EXPECT_EQ(parseLoadAverage(text), std::nullopt) << text;
+    }
+}
+
 TEST(CpuList, RangesAndSingles) {
     EXPECT_EQ(countCpuList("0-7\n"), 8);
     EXPECT_EQ(countCpuList("0\n"), 1);
     EXPECT_EQ(countCpuList("0-3,5,7-8\n"), 7);
     EXPECT_EQ(countCpuList(""), std::nullopt);
     EXPECT_EQ(countCpuList("3-1"), std::nullopt);
+}
+
+TEST(CpuList, ListsNamingMoreCpusThanAnIntCountsAreRefused) {
+    EXPECT_EQ(countCpuList("0-2147483646"), 2147483647);
+    EXPECT_EQ(countCpuList("0-2147483647"), std::nullopt);
+    EXPECT_EQ(countCpuList("0-2147483646,5"), std::nullopt);
+    EXPECT_EQ(countCpuList("00000000932-83560247115120641,5"), std::nullopt);
+    EXPECT_EQ(countCpuList("0-9223372036854775807"), std::nullopt);
 }
 
 TEST(ParseInteger, KernelAttributeText) {
@@ -129,6 +143,13 @@ TEST(Rapl, WattsFromMicrojoulesWithOneWrap) {
     EXPECT_EQ(wattsBetween(999'000'000, 9'000'000, 999'999'999, 1.0), 10.0);
     EXPECT_EQ(wattsBetween(5, 1, std::nullopt, 1.0), std::nullopt);
     EXPECT_EQ(wattsBetween(1, 5, std::nullopt, 0.0), std::nullopt);
+}
+
+TEST(Rapl, NegativeCountersGiveNothingAndAWrapAtTheLargestRangeStaysExact) {
+    EXPECT_EQ(wattsBetween(5, -100, 10, 1.0), std::nullopt);
+    EXPECT_EQ(wattsBetween(-1, 9'223'372'036'854'775'807, std::nullopt, 1.0), std::nullopt);
+    constexpr long long kLargest = 9'223'372'036'854'775'807;
+    EXPECT_EQ(wattsBetween(kLargest - 1'000'000, 1'000'000, kLargest, 1.0), 2.000001);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <limits>
 
 #include "metrics/linux/sysfs_file.hpp"
 
@@ -78,7 +80,8 @@ std::optional<double> parseLoadAverage(std::string_view text) {
     const std::string_view field = trimmed(text);
     double value = 0;
     const auto [ptr, ec] = std::from_chars(field.data(), field.data() + field.size(), value);
-    if (ec != std::errc() || !(value >= 0)) return std::nullopt;
+    // from_chars also reads "inf" and "nan", which no load average is.
+    if (ec != std::errc() || !std::isfinite(value) || value < 0) return std::nullopt;
     return value;
 }
 
@@ -94,7 +97,10 @@ std::optional<int> countCpuList(std::string_view text) {
         const auto last =
             dash == std::string_view::npos ? first : parseInteger(range.substr(dash + 1));
         if (!first || !last || *last < *first || *first < 0) return std::nullopt;
-        count += static_cast<int>(*last - *first + 1);
+        // A list naming more CPUs than an int counts is not a real one (and would overflow).
+        const long long width = *last - *first;
+        if (width >= std::numeric_limits<int>::max() - count) return std::nullopt;
+        count += static_cast<int>(width + 1);
         text.remove_prefix(std::min(comma + 1, text.size()));
     }
     return count;

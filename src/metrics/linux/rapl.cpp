@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "metrics/linux/sysfs_dir.hpp"
+#include "metrics/linux/utf8_text.hpp"
 
 namespace velmora {
 
@@ -17,7 +18,8 @@ RaplMeter RaplMeter::discover(const std::string& root) {
         if (!energy || !energy->readInteger()) continue;
         const auto name = readSmallFile(dir + "/name");
         const auto range = readSmallFile(dir + "/max_energy_range_uj");
-        domains.push_back({name ? std::string(trimmed(*name)) : entry, std::move(*energy),
+        // The name reaches the dashboard's JSON as the power source, which must be valid UTF-8.
+        domains.push_back({name ? validUtf8(trimmed(*name)) : entry, std::move(*energy),
                            range ? parseInteger(*range) : std::nullopt});
     }
     return RaplMeter(std::move(domains));
@@ -32,11 +34,13 @@ std::string RaplMeter::sourceName() const {
 
 std::optional<double> wattsBetween(long long previous, long long current,
                                    std::optional<long long> maxRange, double seconds) {
-    if (!(seconds > 0)) return std::nullopt;
+    // The counters run from 0 up to the range; a negative one is a misread, and would let the
+    // arithmetic below overflow.
+    if (!(seconds > 0) || previous < 0 || current < 0) return std::nullopt;
     long long delta = current - previous;
     if (delta < 0) {
         if (!maxRange || *maxRange <= previous) return std::nullopt;
-        delta += *maxRange + 1;
+        delta = *maxRange - previous + current + 1;  // at most *maxRange, so it cannot overflow
     }
     return static_cast<double>(delta) / 1e6 / seconds;
 }
