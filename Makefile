@@ -6,8 +6,11 @@ JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
 # texts point at the polkit rule example under /usr/share/doc.
 PREFIX   ?= /usr
 EXE       = $(BUILD)/velmora-heat-monitor
+# `make fuzz`: how long each fuzzer runs, and where the clang build goes.
+FUZZ_SECONDS ?= 30
+FUZZ_BUILD   ?= build-fuzz
 
-.PHONY: deps configure build test run install bench format tidy clean
+.PHONY: deps configure build test run install bench fuzz format tidy clean
 
 deps:
 	@scripts/install-deps
@@ -35,11 +38,19 @@ bench: deps
 	cmake --build $(BUILD)-bench -j $(JOBS)
 	@for b in $(BUILD)-bench/bench/*_bench; do [ -x "$$b" ] && "$$b"; done; true
 
+# libFuzzer on every decoder of outside input, one core at a time, each on a copy of its corpus.
+fuzz:
+	@scripts/install-deps fuzz
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DVELMORA_FUZZ=ON -DVELMORA_BUILD_TESTS=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target velmora_fuzzers
+	scripts/run-fuzzers $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
 format:
-	find src tests bench -name '*.cpp' -o -name '*.hpp' -o -name '*.mm' | xargs clang-format -i
+	find src tests bench fuzz -name '*.cpp' -o -name '*.hpp' -o -name '*.mm' | xargs clang-format -i
 
 tidy: configure
 	find src -name '*.cpp' ! -name '*_apple.cpp' | xargs clang-tidy -p $(BUILD) --quiet
 
 clean:
-	rm -rf $(BUILD) $(BUILD)-bench $(BUILD)-asan
+	rm -rf $(BUILD) $(BUILD)-bench $(BUILD)-asan $(FUZZ_BUILD)

@@ -28,6 +28,18 @@ if(VELMORA_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# Fuzzing: every library gets libFuzzer's coverage instrumentation and both sanitizers; only the
+# programs in fuzz/ link libFuzzer itself. Clang does not know GCC's -Wshadow=local, and takes
+# sd-bus's SD_BUS_ERROR_NULL (a C99 compound literal) for an extension: a warning here, no error.
+if(VELMORA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VELMORA_FUZZ needs clang: configure with CC=clang CXX=clang++")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all -Wno-unknown-warning-option -Wno-error=c99-extensions)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # One test executable per subsystem, discovered test by test by CTest.
 function(velmora_add_test_suite name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
