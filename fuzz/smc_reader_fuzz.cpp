@@ -1,6 +1,7 @@
 // The SMC reader against a controller that answers anything: each kernel call takes one byte
 // (odd: the call fails) and then the 80-byte reply from the input; once the input is used up every
-// call fails. Discovery, the hottest key and plain key reads must hold whatever comes back.
+// call fails. Discovery, the hottest key, plain key reads and the fans and power read through the
+// SMC must hold whatever comes back.
 
 #include <algorithm>
 #include <cstddef>
@@ -10,6 +11,7 @@
 
 #include "fuzz_support.hpp"
 #include "metrics/macos/smc.hpp"
+#include "metrics/macos/system_metrics.hpp"
 
 namespace {
 
@@ -70,6 +72,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(!value->bytes.empty() && value->bytes.size() <= 32, "a value has 1 to 32 bytes");
         require(value->type.empty() || value->type.size() == 4, "a type has four characters");
     }
-    (void)smc->number("PSTR");
+    for (const auto& fan : velmora::readFans(smc.get())) {
+        require(velmora::plausibleRPM(fan.rpm), "a fan speed read through the SMC is plausible");
+        require(!fan.minRPM || velmora::plausibleRPM(*fan.minRPM), "a fan minimum is plausible");
+        require(!fan.maxRPM || velmora::plausibleRPM(*fan.maxRPM), "a fan maximum is plausible");
+    }
+    if (const auto power = velmora::powerReading(smc.get(), std::nullopt)) {
+        require(power->watts > 0.5 && power->watts < 400.0, "system power is believable");
+    }
     return 0;
 }

@@ -157,6 +157,13 @@ TEST(ReadFans, NoSmcOrFanCountOutsideOneToEightGivesNoFans) {
     }
 }
 
+TEST(ReadFans, AFanCountThatIsNotANumberGivesNoFans) {
+    auto state = std::make_shared<FakeSMCState>();
+    state->add("FNum", "flt ", {0x00, 0x00, 0xC0, 0x7F});  // a quiet NaN
+    state->add("F0Ac", "fpe2", fpe2(1200));
+    EXPECT_TRUE(readFans(fanSMC(state).get()).empty());
+}
+
 TEST(ReadFans, AFanAt20000IsLeftOutAndAMaxOf20000IsDropped) {
     auto state = std::make_shared<FakeSMCState>();
     state->add("FNum", "ui8 ", {2});

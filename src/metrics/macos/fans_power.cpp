@@ -18,8 +18,9 @@ std::vector<FanReading> readFans(SMC* smc) {
     std::vector<FanReading> fans;
     if (!smc) return fans;
     const auto count = smc->number("FNum");
-    // More than eight fans is taken as a misread count.
-    if (!count || *count < 1 || *count > 8) return fans;
+    // More than eight fans is taken as a misread count; so is NaN (a "flt " FNum), which no
+    // comparison would catch and which cannot become an int.
+    if (!count || !(*count >= 1 && *count <= 8)) return fans;
     const int n = static_cast<int>(*count);
     for (int i = 0; i < n; ++i) {
         const std::string prefix = "F" + std::to_string(i);
