@@ -77,19 +77,31 @@ constexpr std::array<std::string_view, 45> kFiles{
 };
 
 /// One scratch tree for the whole run, in memory when /dev/shm is there; removed at exit.
-const fs::path& scratchRoot() {
-    static const fs::path root = [] {
+class ScratchTree {
+  public:
+    ScratchTree() {
         const fs::path base =
             access("/dev/shm", W_OK) == 0 ? "/dev/shm" : fs::temp_directory_path();
         std::string pattern = (base / "velmora-fuzz-tree-XXXXXX").string();
         if (::mkdtemp(pattern.data()) == nullptr) velmora::fuzz::fail("no scratch directory");
-        std::atexit([] {
-            std::error_code ignored;
-            fs::remove_all(scratchRoot(), ignored);
-        });
-        return fs::path(pattern);
-    }();
-    return root;
+        root_ = pattern;
+    }
+    ~ScratchTree() {
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+    ScratchTree(const ScratchTree&) = delete;
+    ScratchTree& operator=(const ScratchTree&) = delete;
+
+    [[nodiscard]] const fs::path& root() const { return root_; }
+
+  private:
+    fs::path root_;
+};
+
+const fs::path& scratchRoot() {
+    static const ScratchTree tree;
+    return tree.root();
 }
 
 void writeFile(const fs::path& file, std::string_view text) {
