@@ -88,7 +88,7 @@ void AppController::buildEngine() {
         [collector, &loop] { return collector->currentThermal(loop.now()); });
     Engine::Parts parts{
         .sensor = std::move(sensor),
-        .settings = SettingsStore(opts.dataDir),
+        .settings = SettingsStore(opts.dataDir, logSink()),
         .markers = MarkerStore(opts.dataDir),
         .shutdowner = shutdowner,
         .sounder = sounder,

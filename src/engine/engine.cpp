@@ -49,9 +49,17 @@ void Engine::logStart() {
          " consentRecorded=" + boolText(set.consentRecorded) +
          " enabled=" + boolText(set.enabled()));
     emit(thresholdsLine(alerter, words_));
-    const auto marker = markers.read();
-    if (!marker) return;
+    const auto found = markers.inspect();
+    if (!found.marker && found.problem.empty()) return;
     markers.clear();
+    if (!found.marker) {
+        // Not one this program wrote: a relief screen with empty fields would tell the user of
+        // a shutdown that never happened.
+        emit("stage-c: marker found at launch but not usable (" + markers.url().string() + " " +
+             found.problem + "); no relief shown; marker cleared");
+        return;
+    }
+    const auto& marker = found.marker;
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");

@@ -3,11 +3,16 @@
 #include "os/unique_fd.hpp"
 #include "os/whole_file.hpp"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <charconv>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -16,38 +21,53 @@ namespace velmora {
 namespace {
 
 constexpr int maxNameAttempts = 100;
+constexpr std::string_view temporaryMark = ".tmp-";
+
+std::filesystem::path directoryOf(const std::filesystem::path& target) {
+    return target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
+}
 
 std::filesystem::path temporarySibling(const std::filesystem::path& target) {
     static std::atomic<unsigned> counter{0};
     // Appended piece by piece: GCC 12 gives a false -Wrestrict for `"." + std::string` at -O3.
     std::string name(1, '.');
     name += target.filename().string();
-    name += ".tmp-";
+    name += temporaryMark;
     name += std::to_string(::getpid());
     name += '-';
     name += std::to_string(counter.fetch_add(1));
     return target.parent_path() / name;
 }
 
-// A fresh temporary file beside `target`, or the error of the last attempt.
+// A fresh private temporary file beside `target`, or the error of the last attempt.
 StoreResult<std::filesystem::path> createTemporary(const std::filesystem::path& target,
                                                    UniqueFd& fd) {
     int err = EEXIST;
     for (int attempt = 0; attempt < maxNameAttempts && err == EEXIST; ++attempt) {
         auto path = temporarySibling(target);
-        fd = UniqueFd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        fd = UniqueFd(
+            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (fd.valid()) return path;
         err = errno;
     }
-    const auto dir = target.parent_path().empty() ? "." : target.parent_path();
-    return StoreError::fromErrno("could not create a temporary file in", dir, err);
+    return StoreError::fromErrno("could not create a temporary file in", directoryOf(target), err);
 }
 
-WriteError writeAndRename(UniqueFd& fd, const std::filesystem::path& temporary,
-                          const std::filesystem::path& target, std::string_view bytes) {
+// Makes a renamed directory entry survive a power cut.
+WriteError syncDirectoryOf(const std::filesystem::path& target) {
+    const auto dir = directoryOf(target);
+    const UniqueFd fd(::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd.valid()) return StoreError::fromErrno("could not open", dir, errno);
+    if (::fsync(fd.get()) != 0) return StoreError::fromErrno("could not flush", dir, errno);
+    return std::nullopt;
+}
+
+WriteError writeFlushAndRename(UniqueFd& fd, const std::filesystem::path& temporary,
+                               const std::filesystem::path& target, std::string_view bytes) {
     if (const int err = writeAll(fd.get(), bytes)) {
         return StoreError::fromErrno("could not write", target, err);
     }
+    if (::fsync(fd.get()) != 0) return StoreError::fromErrno("could not flush", target, errno);
     if (fd.close() != 0) return StoreError::fromErrno("could not write", target, errno);
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         return StoreError::fromErrno("could not replace", target, errno);
@@ -55,11 +75,27 @@ WriteError writeAndRename(UniqueFd& fd, const std::filesystem::path& temporary,
     return std::nullopt;
 }
 
-// Makes a new directory entry survive a power cut; best effort.
-void syncDirectoryOf(const std::filesystem::path& target) {
-    const auto dir = target.parent_path().empty() ? "." : target.parent_path();
-    const UniqueFd fd(::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd.valid()) static_cast<void>(::fsync(fd.get()));
+// The process id in ".<name>.tmp-<pid>-<n>", when the name has that form.
+std::optional<pid_t> writerOf(std::string_view name) {
+    if (!name.starts_with('.')) return std::nullopt;
+    const auto mark = name.rfind(temporaryMark);
+    if (mark == std::string_view::npos || mark < 2) return std::nullopt;
+    const auto digits = name.substr(mark + temporaryMark.size());
+    pid_t pid = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
+    if (error != std::errc{} || end == digits.data() || *end != '-' || pid <= 0) {
+        return std::nullopt;
+    }
+    return pid;
+}
+
+bool isStoreFile(std::string_view name) {
+    return name.starts_with(".settings.json.tmp-") ||
+           name.starts_with(".auto-shutdown.marker.tmp-");
+}
+
+bool processIsGone(pid_t pid) {
+    return pid != ::getpid() && ::kill(pid, 0) != 0 && errno == ESRCH;
 }
 
 }  // namespace
@@ -67,8 +103,15 @@ void syncDirectoryOf(const std::filesystem::path& target) {
 WriteError createDirectories(const std::filesystem::path& dir) {
     if (dir.empty()) return std::nullopt;
     std::error_code ec;
-    std::filesystem::create_directories(dir, ec);
-    if (ec) return StoreError::fromErrno("could not create folder", dir, ec.value());
+    if (std::filesystem::is_directory(dir, ec)) return std::nullopt;
+    if (dir.has_parent_path() && dir.parent_path() != dir) {
+        std::filesystem::create_directories(dir.parent_path(), ec);
+        if (ec) return StoreError::fromErrno("could not create folder", dir, ec.value());
+    }
+    if (::mkdir(dir.c_str(), 0700) != 0 &&
+        !(errno == EEXIST && std::filesystem::is_directory(dir, ec))) {
+        return StoreError::fromErrno("could not create folder", dir, errno);
+    }
     return std::nullopt;
 }
 
@@ -76,25 +119,25 @@ WriteError replaceFileAtomically(const std::filesystem::path& target, std::strin
     UniqueFd fd;
     const auto temporary = createTemporary(target, fd);
     if (!temporary) return temporary.error();
-    auto error = writeAndRename(fd, *temporary, target, bytes);
-    if (error) static_cast<void>(::unlink(temporary->c_str()));
-    return error;
+    if (auto error = writeFlushAndRename(fd, *temporary, target, bytes)) {
+        static_cast<void>(::unlink(temporary->c_str()));
+        return error;
+    }
+    return syncDirectoryOf(target);
 }
 
-WriteError writeDurably(const std::filesystem::path& target, std::string_view bytes) {
-    // The descriptor is closed on every path; a failing close is not reported because the
-    // data already reached the device with fsync.
-    const UniqueFd fd(::open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
-    if (!fd.valid()) return StoreError::fromErrno("could not open", target, errno);
-    if (::ftruncate(fd.get(), 0) != 0) {
-        return StoreError::fromErrno("could not truncate", target, errno);
+int removeStrayTemporaries(const std::filesystem::path& dir) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(dir.c_str()), ::closedir);
+    if (!listing) return 0;
+    int removed = 0;
+    while (const dirent* entry = ::readdir(listing.get())) {
+        const std::string_view name(entry->d_name);
+        if (!isStoreFile(name)) continue;
+        const auto pid = writerOf(name);
+        if (!pid || !processIsGone(*pid)) continue;
+        if (::unlinkat(::dirfd(listing.get()), entry->d_name, 0) == 0) ++removed;
     }
-    if (const int err = writeAll(fd.get(), bytes)) {
-        return StoreError::fromErrno("could not write", target, err);
-    }
-    if (::fsync(fd.get()) != 0) return StoreError::fromErrno("could not flush", target, errno);
-    syncDirectoryOf(target);
-    return std::nullopt;
+    return removed;
 }
 
 }  // namespace velmora

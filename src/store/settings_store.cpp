@@ -1,25 +1,39 @@
 #include "store/settings_store.hpp"
 
-#include "os/whole_file.hpp"
+#include "os/safe_read.hpp"
 #include "store/dates.hpp"
 #include "store/disk_writes.hpp"
 
 namespace velmora {
 
-namespace {
+SettingsStore::SettingsStore(const std::filesystem::path& dir, LogSink report)
+    : url_(dir / "settings.json"), report_(std::move(report)) {}
 
-std::optional<Settings> readSettings(const std::filesystem::path& url) {
-    const auto text = readWholeFile(url);
-    if (!text) return std::nullopt;
-    return decodeSettings(*text);
+std::optional<Settings> SettingsStore::readSettings() const {
+    const auto found = readCappedRegularFile(url_, readCap);
+    if (found.kind == CappedRead::Kind::missing) {
+        noteProblem({});
+        return std::nullopt;
+    }
+    if (found.kind != CappedRead::Kind::ok) {
+        noteProblem(found.problem);
+        return std::nullopt;
+    }
+    auto settings = decodeSettings(found.text);
+    noteProblem(settings ? std::string() : std::string("does not hold valid settings"));
+    return settings;
 }
 
-}  // namespace
-
-SettingsStore::SettingsStore(const std::filesystem::path& dir) : url_(dir / "settings.json") {}
+void SettingsStore::noteProblem(const std::string& problem) const {
+    if (problem == *reported_) return;
+    *reported_ = problem;
+    if (!problem.empty() && report_) {
+        report_("settings: " + url_.string() + " " + problem + "; using the defaults");
+    }
+}
 
 Settings SettingsStore::load() const {
-    return readSettings(url_).value_or(Settings{});
+    return readSettings().value_or(Settings{});
 }
 
 WriteError SettingsStore::save(const Settings& settings) const {
@@ -37,7 +51,7 @@ StoreResult<Settings> SettingsStore::recordConsent(bool on, Timestamp now) const
 }
 
 StoreResult<Settings> SettingsStore::setAutoShutdown(bool on, Timestamp now) const {
-    const auto old = readSettings(url_);
+    const auto old = readSettings();
     Settings settings{on, true, rfc3339(now)};
     if (old && old->consentRecorded) settings.consentAt = old->consentAt;
     if (auto error = save(settings)) return *error;

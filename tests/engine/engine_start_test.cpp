@@ -77,15 +77,24 @@ TEST_F(EngineStart, MarkerFoundAtLaunchBecomesReliefAndIsCleared) {
     EXPECT_EQ(view["relief"], (nlohmann::json{{"peak", "Critical"}, {"cancelled", false}}));
 }
 
-TEST_F(EngineStart, UnreadableMarkerStillShowsReliefWithoutAPeak) {
+TEST_F(EngineStart, UnreadableMarkerIsLoggedAndClearedWithoutRelief) {
     writeMarkerText("not json");
     start();
-    EXPECT_EQ(takeLines().at(2),
-              "stage-c: marker found at launch (shutdown at , peak ladder 0); showing relief; "
-              "marker cleared");
+    EXPECT_EQ(takeLines().at(2), "stage-c: marker found at launch but not usable (" +
+                                     engine->markers.url().string() +
+                                     " is not a marker: 8 bytes beginning 'not json'); no relief "
+                                     "shown; marker cleared");
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->relief, (Relief{0, false}));
-    EXPECT_EQ(engine->view(at(0))["relief"]["peak"], "n/a");
+    EXPECT_FALSE(engine->relief.has_value());
+    EXPECT_FALSE(engine->view(at(0)).contains("relief"));
+}
+
+TEST_F(EngineStart, EmptyMarkerFromAKilledWriteGivesNoRelief) {
+    writeMarkerText("");
+    start();
+    EXPECT_NE(takeLines().at(2).find("is not a marker: 0 bytes); no relief shown"),
+              std::string::npos);
+    EXPECT_FALSE(engine->relief.has_value());
 }
 
 TEST_F(EngineStart, NoMarkerMeansNoReliefLine) {

@@ -91,6 +91,54 @@ TEST(MarkerStore, ClearOnAMissingFileDoesNothing) {
     EXPECT_EQ(entriesOf(tmp.path()), std::vector<std::string>{"other"});
 }
 
+TEST(MarkerStore, InspectTellsWhatWasFoundInsteadOfAMarker) {
+    const TempDir tmp;
+    const MarkerStore store(tmp.path());
+    EXPECT_EQ(store.inspect().problem, "");
+    writeText(store.url(), "");
+    EXPECT_EQ(store.inspect().problem, "is not a marker: 0 bytes");
+    writeText(store.url(), "{\"at\":");
+    EXPECT_EQ(store.inspect().problem, "is not a marker: 6 bytes beginning '{\"at\":'");
+    EXPECT_FALSE(store.inspect().marker.has_value());
+}
+
+TEST(MarkerStore, MarkerWhoseTimeIsNotADateTimeIsNotUsable) {
+    const TempDir tmp;
+    const MarkerStore store(tmp.path());
+    writeText(store.url(), R"({"at":"2026-11-14T23:47:13Z\nforged","peakC":108,"reason":"r"})");
+    const auto finding = store.inspect();
+    EXPECT_FALSE(finding.marker.has_value());
+    EXPECT_EQ(finding.problem,
+              "has a time that is not a date-time: '2026-11-14T23:47:13Z\nforged'");
+    EXPECT_EQ(store.read(), unreadableMarker());
+}
+
+TEST(MarkerStore, SymbolicLinkIsNotFollowedAndClearRemovesOnlyTheLink) {
+    const TempDir tmp;
+    const MarkerStore store(tmp.path());
+    writeText(tmp / "elsewhere", *encodeMarker(sample));
+    std::filesystem::create_symlink(tmp / "elsewhere", store.url());
+    EXPECT_EQ(store.inspect().problem, "is a symbolic link");
+    store.clear();
+    EXPECT_EQ(entriesOf(tmp.path()), std::vector<std::string>{"elsewhere"});
+}
+
+TEST(MarkerStore, FileLargerThanTheCapIsNotRead) {
+    const TempDir tmp;
+    const MarkerStore store(tmp.path());
+    writeText(store.url(), std::string(MarkerStore::readCap + 1, ' ') + *encodeMarker(sample));
+    EXPECT_EQ(store.inspect().problem, "is larger than 4096 bytes");
+}
+
+TEST(MarkerStore, WriteLeavesOnlyAPrivateMarker) {
+    const TempDir tmp;
+    const MarkerStore store(tmp.path());
+    ASSERT_FALSE(store.write(sample).has_value());
+    EXPECT_EQ(entriesOf(tmp.path()), std::vector<std::string>{"auto-shutdown.marker"});
+    EXPECT_EQ(std::filesystem::status(store.url()).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
 TEST(MarkerStoreFailure, DataDirectoryUnderARegularFileFailsBeforeEncoding) {
     const TempDir tmp;
     writeText(tmp / "plain", "");

@@ -139,5 +139,41 @@ TEST(SettingsStore, DirectoryInPlaceOfTheFileLoadsDefaults) {
     EXPECT_EQ(SettingsStore(tmp.path()).load(), Settings{});
 }
 
+TEST(SettingsStore, UnusableFileIsReportedOnceUntilItIsUsableAgain) {
+    const TempDir tmp;
+    std::vector<std::string> reports;
+    const SettingsStore store(tmp.path(),
+                              [&](const std::string& line) { reports.push_back(line); });
+    std::filesystem::create_symlink("/dev/zero", store.url());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(store.load().consentRecorded);
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0],
+              "settings: " + store.url().string() + " is a symbolic link; using the defaults");
+
+    std::filesystem::remove(store.url());
+    writeText(store.url(), std::string(SettingsStore::readCap + 1, ' '));
+    static_cast<void>(store.load());
+    static_cast<void>(store.load());
+    ASSERT_EQ(reports.size(), 2U);
+    EXPECT_EQ(reports[1], "settings: " + store.url().string() +
+                              " is larger than 65536 bytes; using the defaults");
+
+    ASSERT_TRUE(store.recordConsent(true, first).ok());
+    EXPECT_TRUE(store.load().consentRecorded);
+    std::filesystem::remove(store.url());
+    writeText(store.url(), std::string(SettingsStore::readCap + 1, ' '));
+    static_cast<void>(store.load());
+    EXPECT_EQ(reports.size(), 3U);  // usable in between, so reported again
+}
+
+TEST(SettingsStore, SaveLeavesAPrivateFile) {
+    const TempDir tmp;
+    const SettingsStore store(tmp.path());
+    ASSERT_FALSE(store.save(Settings{}));
+    EXPECT_EQ(std::filesystem::status(store.url()).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
 }  // namespace
 }  // namespace velmora
