@@ -3,42 +3,61 @@
 #include "os/unique_fd.hpp"
 #include "os/whole_file.hpp"
 #include "policy/timestamp.hpp"
+#include "store/disk_writes.hpp"
+#include "store/log_escape.hpp"
 #include "store/log_time.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <system_error>
 
 namespace velmora {
 
 namespace {
 
-constexpr off_t sizeLimit = 1'000'000;
-
-// The only size limit: checked once per launch, the whole history goes rather than rotating.
-void discardOversizedLog(const std::filesystem::path& url) {
-    struct stat info {};
-    if (::stat(url.c_str(), &info) == 0 && info.st_size > sizeLimit) {
-        static_cast<void>(::unlink(url.c_str()));
-    }
+// Never through a symbolic link, never waiting on a FIFO; private to the user when created.
+UniqueFd openForAppend(const std::filesystem::path& url) {
+    return UniqueFd(::open(
+        url.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
 }
 
-// Appends to the log, creating it when missing; a failure drops the entry. One open with
-// O_CREAT rather than "open, else write a new file": the effect is the same, and a log that
-// exists but failed to open once is never truncated.
-void appendEntry(const std::filesystem::path& url, std::string_view entry) {
-    const UniqueFd fd(::open(url.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
-    if (fd.valid()) static_cast<void>(writeAll(fd.get(), entry));
+bool isOversized(const std::filesystem::path& url) {
+    struct stat info {};
+    return ::lstat(url.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
+           info.st_size > FileLogger::sizeLimit;
+}
+
+std::string droppedNotice(std::uint64_t count, int err) {
+    std::string notice = formatLogTime(Timestamp::now());
+    notice += " log: ";
+    notice += std::to_string(count);
+    notice += count == 1 ? " line" : " lines";
+    notice += " could not be written (";
+    notice += std::generic_category().message(err);
+    notice += ")\n";
+    return notice;
+}
+
+// A symbolic link in the log's place is removed, never followed, so that appending to the log
+// can never append to the file it points at; the link's target is named in the new log.
+std::string replaceLink(const std::filesystem::path& url) {
+    std::error_code ec;
+    const auto target = std::filesystem::read_symlink(url, ec);
+    if (ec || ::unlink(url.c_str()) != 0) return {};
+    return formatLogTime(Timestamp::now()) + " log: " + escapeForLog(url.string()) +
+           " was a symbolic link to " + escapeForLog(target.string()) +
+           "; it was removed and a new log begun\n";
 }
 
 }  // namespace
 
-FileLogger::FileLogger(const std::filesystem::path& dir) : url_(dir / "heat.log") {
-    std::error_code ignored;
-    std::filesystem::create_directories(dir, ignored);
-    discardOversizedLog(url_);
+FileLogger::FileLogger(const std::filesystem::path& dir)
+    : dir_(dir), url_(dir / "heat.log"), previousUrl_(dir / "heat.log.1") {
+    static_cast<void>(createDirectories(dir_));
+    if (isOversized(url_)) static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
     try {
         writer_ = std::thread([this] { run(); });
     } catch (const std::system_error&) {
@@ -59,10 +78,11 @@ void FileLogger::log(std::string_view line) {
     std::string entry = formatLogTime(Timestamp::now());
     entry.reserve(entry.size() + line.size() + 2);
     entry += ' ';
-    entry += line;
+    entry += escapeForLog(line);
     entry += '\n';
     if (!writer_.joinable()) {
-        appendEntry(url_, entry);
+        const std::lock_guard lock(writeMutex_);
+        write(entry);
         return;
     }
     {
@@ -87,10 +107,47 @@ void FileLogger::run() {
         const std::string entry = std::move(queue_.front());
         queue_.pop_front();
         lock.unlock();
-        appendEntry(url_, entry);
+        write(entry);
         lock.lock();
         ++written_;
         written_cv_.notify_all();
+    }
+}
+
+void FileLogger::write(const std::string& entry) {
+    auto fd = openForAppend(url_);
+    if (!fd.valid() && errno == ENOENT && !createDirectories(dir_)) fd = openForAppend(url_);
+    std::string notice;
+    if (!fd.valid() && errno == ELOOP) {
+        notice = replaceLink(url_);
+        fd = openForAppend(url_);
+    }
+    struct stat info {};
+    int err = 0;
+    if (!fd.valid()) {
+        err = errno;
+    } else if (::fstat(fd.get(), &info) != 0) {
+        err = errno;
+    } else if (!S_ISREG(info.st_mode)) {
+        err = EINVAL;
+    } else if (info.st_size > sizeLimit) {
+        static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
+        fd = openForAppend(url_);
+        info.st_size = 0;
+        if (!fd.valid()) err = errno;
+    }
+    if (err == 0) {
+        if (dropped_ > 0) notice += droppedNotice(dropped_, lastDropError_);
+        const std::string text = notice + entry;
+        err = writeAll(fd.get(), text);
+        // A line cut short by a full disk is taken back, so that the next one starts clean.
+        if (err != 0) static_cast<void>(::ftruncate(fd.get(), info.st_size));
+    }
+    if (err == 0) {
+        dropped_ = 0;
+    } else {
+        ++dropped_;
+        lastDropError_ = err;
     }
 }
 

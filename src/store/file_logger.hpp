@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -14,10 +16,19 @@ namespace velmora {
 /// Appends timestamped lines to "heat.log" in the data directory without ever blocking or
 /// failing the caller. One writer thread takes entries in the order they were logged; the file
 /// is opened and closed for each, so a crash loses only what is still queued.
+///
+/// The log keeps its story: once it is larger than sizeLimit it is renamed to "heat.log.1"
+/// (replacing the generation before) and a new one begins, at launch and during the run alike.
+/// Every line is escaped so that no outside text can start a line of its own; the file is
+/// never reached through a symbolic link; a deleted data directory is created again; and lines
+/// that cannot be written (a full disk, a file-size limit) are counted and reported in the
+/// first line that can.
 class FileLogger {
   public:
-    /// Creates `dir` if needed and, once per launch, deletes a log larger than 1,000,000 bytes.
-    /// Never fails: an unusable directory only means that entries are dropped.
+    static constexpr off_t sizeLimit = 1'000'000;
+
+    /// Creates `dir` if needed and rotates a log larger than sizeLimit. Never fails: an
+    /// unusable directory only means that entries are dropped.
     explicit FileLogger(const std::filesystem::path& dir);
     /// Writes every entry still queued, then stops the writer.
     ~FileLogger();
@@ -28,9 +39,11 @@ class FileLogger {
     FileLogger& operator=(FileLogger&&) = delete;
 
     [[nodiscard]] const std::filesystem::path& url() const { return url_; }
+    /// Where the previous generation goes: "heat.log.1".
+    [[nodiscard]] const std::filesystem::path& previousUrl() const { return previousUrl_; }
 
-    /// Stamps `line` with the current local time on the calling thread and queues it.
-    /// Any thread; returns at once.
+    /// Stamps `line` with the current local time on the calling thread, escapes its control
+    /// characters and queues it. Any thread; returns at once.
     void log(std::string_view line);
 
     /// Blocks until every entry logged before this call has been written (or dropped).
@@ -38,8 +51,12 @@ class FileLogger {
 
   private:
     void run();
+    /// Appends one entry; only ever runs on one thread at a time.
+    void write(const std::string& entry);
 
+    std::filesystem::path dir_;
     std::filesystem::path url_;
+    std::filesystem::path previousUrl_;
     std::mutex mutex_;
     std::condition_variable wake_;
     std::condition_variable written_cv_;
@@ -47,6 +64,9 @@ class FileLogger {
     std::uint64_t queued_ = 0;   // entries ever queued
     std::uint64_t written_ = 0;  // entries ever taken off the queue and written or dropped
     bool stopping_ = false;
+    std::mutex writeMutex_;      // serialises write() when there is no writer thread
+    std::uint64_t dropped_ = 0;  // entries lost since the last one written
+    int lastDropError_ = 0;      // the errno that lost the last of them
     std::thread writer_;
 };
 

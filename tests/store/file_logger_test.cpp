@@ -76,19 +76,80 @@ TEST(FileLogger, FileOfExactlyOneMillionBytesIsKept) {
     const std::string text = readText(tmp / "heat.log");
     EXPECT_EQ(text.substr(0, 1'000'000), std::string(1'000'000, 'a'));
     EXPECT_EQ(messageOf(text.substr(1'000'000, text.size() - 1'000'001)), "next");
+    EXPECT_FALSE(std::filesystem::exists(tmp / "heat.log.1"));
 }
 
-TEST(FileLogger, FileOfOneMillionAndOneBytesIsDeletedBeforeTheFirstEntry) {
+TEST(FileLogger, FileOfOneMillionAndOneBytesIsRotatedBeforeTheFirstEntry) {
     const TempDir tmp;
-    writeText(tmp / "heat.log", std::string(1'000'001, 'a'));
+    const std::string story = std::string(1'000'000, 'a') + "\n";
+    writeText(tmp / "heat.log", story);
     {
         FileLogger logger(tmp.path());
         EXPECT_FALSE(std::filesystem::exists(tmp / "heat.log"));
+        EXPECT_EQ(logger.previousUrl(), tmp / "heat.log.1");
         logger.log("fresh start");
     }
+    EXPECT_EQ(readText(tmp / "heat.log.1"), story);
     const auto lines = linesOf(readText(tmp / "heat.log"));
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(messageOf(lines[0]), "fresh start");
+}
+
+TEST(FileLogger, RotationReplacesTheGenerationBefore) {
+    const TempDir tmp;
+    writeText(tmp / "heat.log.1", "oldest\n");
+    writeText(tmp / "heat.log", std::string(1'000'001, 'b'));
+    logThroughFreshLogger(tmp.path(), "newest");
+    EXPECT_EQ(readText(tmp / "heat.log.1"), std::string(1'000'001, 'b'));
+    EXPECT_EQ(linesOf(readText(tmp / "heat.log")).size(), 1U);
+}
+
+TEST(FileLogger, LogIsRotatedDuringTheRunOnceItPassesTheLimit) {
+    const TempDir tmp;
+    const std::string line(999, 'c');
+    FileLogger logger(tmp.path());
+    constexpr int entries = 1'500;  // about 1.5 MB in entries of 1,024 bytes
+    for (int i = 0; i < entries; ++i)
+        logger.log(line);
+    logger.drain();
+    const auto current = std::filesystem::file_size(tmp / "heat.log");
+    const auto previous = std::filesystem::file_size(tmp / "heat.log.1");
+    EXPECT_LE(previous, 1'000'000U + 1'024U);
+    EXPECT_GT(previous, 1'000'000U);
+    EXPECT_EQ(current + previous, entries * 1'024U);  // nothing lost, nothing written twice
+}
+
+TEST(FileLogger, ControlCharactersCannotStartALineOfTheirOwn) {
+    const TempDir tmp;
+    logThroughFreshLogger(tmp.path(),
+                          "ui: action 'x\n2026-01-01 00:00:00.000 shutdown: forged\r\x1b[2J'");
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(messageOf(lines[0]),
+              "ui: action 'x\\n2026-01-01 00:00:00.000 shutdown: forged\\r\\x1b[2J'");
+}
+
+TEST(FileLogger, SymbolicLinkInTheLogsPlaceIsReplacedNotFollowed) {
+    const TempDir tmp;
+    writeText(tmp / "victim", "precious\n");
+    std::filesystem::create_symlink(tmp / "victim", tmp / "heat.log");
+    logThroughFreshLogger(tmp.path(), "hello");
+    EXPECT_EQ(readText(tmp / "victim"), "precious\n");
+    ASSERT_FALSE(std::filesystem::is_symlink(tmp / "heat.log"));
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(messageOf(lines[0]), "log: " + (tmp / "heat.log").string() +
+                                       " was a symbolic link to " + (tmp / "victim").string() +
+                                       "; it was removed and a new log begun");
+    EXPECT_EQ(messageOf(lines[1]), "hello");
+}
+
+TEST(FileLogger, NewLogIsPrivateToTheUser) {
+    const TempDir tmp;
+    logThroughFreshLogger(tmp.path(), "x");
+    const auto perms = std::filesystem::status(tmp / "heat.log").permissions();
+    EXPECT_EQ(perms & (std::filesystem::perms::group_all | std::filesystem::perms::others_all),
+              std::filesystem::perms::none);
 }
 
 TEST(FileLogger, TwoThreadsLoggingAtOnceGiveWholeLinesInEachThreadsOrder) {
