@@ -1,42 +1,44 @@
 #include "app/launch_options.hpp"
 
 #include <algorithm>
-#include <iterator>
+
+#include "app/command_line.hpp"
 
 namespace velmora {
 
 namespace {
 
-bool has(const std::vector<std::string>& args, std::string_view name) {
-    return std::find(args.begin(), args.end(), name) != args.end();
+bool has(const ScannedArguments& scanned, std::string_view name) {
+    return std::ranges::any_of(scanned.given,
+                               [&](const GivenSwitch& g) { return g.option->name == name; });
 }
 
-/// The argument right after the first `name`, when there is one.
-std::optional<std::string> valueAfter(const std::vector<std::string>& args, std::string_view name) {
-    const auto found = std::find(args.begin(), args.end(), name);
-    if (found == args.end() || std::next(found) == args.end()) return std::nullopt;
-    return *std::next(found);
+/// The value given with `name`, when it was given.
+std::optional<std::string> valueOf(const ScannedArguments& scanned, std::string_view name) {
+    const auto found = std::ranges::find_if(
+        scanned.given, [&](const GivenSwitch& g) { return g.option->name == name; });
+    if (found == scanned.given.end()) return std::nullopt;
+    return found->value;
 }
 
-void readForcedThermal(const std::vector<std::string>& args, LaunchOptions& opts) {
-    const auto name = valueAfter(args, "--force-thermal");
-    if (!name) return;
-    opts.forceThermal = thermalStateNamed(*name);
-    if (!opts.forceThermal) {
-        opts.warnings.push_back("--force-thermal: '" + *name +
-                                "' is not one of nominal, fair, serious, critical; ignored");
-    }
+std::optional<bool> consentAnswer(const std::optional<std::string>& answer) {
+    if (!answer) return std::nullopt;
+    std::string lowered = *answer;
+    std::ranges::transform(lowered, lowered.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    if (lowered == "on") return true;
+    if (lowered == "off") return false;
+    return std::nullopt;
 }
 
-void readConsent(const std::vector<std::string>& args, LaunchOptions& opts) {
-    const auto answer = valueAfter(args, "--consent");
-    if (!answer) return;
-    if (*answer == "on") {
-        opts.consent = true;
-    } else if (*answer == "off") {
-        opts.consent = false;
-    } else {
-        opts.warnings.push_back("--consent: '" + *answer + "' is neither on nor off; ignored");
+void noteProbeSwitchesWithoutDryRun(const ScannedArguments& scanned, LaunchOptions& opts) {
+    for (const std::string_view name : {"--simulate-denied", "--real-probe"}) {
+        if (!opts.dryRun && has(scanned, name)) {
+            opts.warnings.push_back(std::string(name) +
+                                    " has no effect without --dry-run-shutdown or "
+                                    "--test-emergency");
+        }
     }
 }
 
@@ -44,27 +46,33 @@ void readConsent(const std::vector<std::string>& args, LaunchOptions& opts) {
 
 std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>& args,
                                                   const PlatformEnvironment& env) {
-    const auto fallbackDir = defaultDataDir(env);
-    if (!fallbackDir) return std::nullopt;
-
+    const auto scanned = scanArguments(args);
     LaunchOptions opts;
-    opts.dataDir = *fallbackDir;
-    opts.testEmergency = has(args, "--test-emergency");
-    // A test emergency must never shut the machine down, so it always implies a dry run.
-    opts.dryRun = has(args, "--dry-run-shutdown") || opts.testEmergency;
-    opts.mute = has(args, "--mute");
-    opts.noMenuItem = has(args, "--no-menu-item");
-    if (const auto dir = valueAfter(args, "--data-dir")) opts.dataDir = resolveUserPath(*dir, env);
-    if (opts.dryRun) {
-        opts.simulateDenied = has(args, "--simulate-denied");
-        opts.realProbe = has(args, "--real-probe");
+    if (const auto dir = valueOf(scanned, "--data-dir")) {
+        opts.dataDir = resolveUserPath(*dir, env);
+    } else if (const auto fallbackDir = defaultDataDir(env)) {
+        opts.dataDir = *fallbackDir;
+    } else {
+        return std::nullopt;
     }
-    opts.headless = has(args, "--headless");
-    readForcedThermal(args, opts);
-    readConsent(args, opts);
-    opts.diagnose = has(args, "--diagnose");
-    opts.help = has(args, "--help");
-    opts.version = has(args, "--version");
+    opts.testEmergency = has(scanned, "--test-emergency");
+    // A test emergency must never shut the machine down, so it always implies a dry run.
+    opts.dryRun = has(scanned, "--dry-run-shutdown") || opts.testEmergency;
+    opts.mute = has(scanned, "--mute");
+    opts.noMenuItem = has(scanned, "--no-menu-item");
+    if (opts.dryRun) {
+        opts.simulateDenied = has(scanned, "--simulate-denied");
+        opts.realProbe = has(scanned, "--real-probe");
+    }
+    noteProbeSwitchesWithoutDryRun(scanned, opts);
+    opts.headless = has(scanned, "--headless");
+    if (const auto name = valueOf(scanned, "--force-thermal")) {
+        opts.forceThermal = thermalStateNamed(*name);
+    }
+    opts.consent = consentAnswer(valueOf(scanned, "--consent"));
+    opts.diagnose = has(scanned, "--diagnose");
+    opts.help = has(scanned, "--help");
+    opts.version = has(scanned, "--version");
     return opts;
 }
 

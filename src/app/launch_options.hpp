@@ -10,8 +10,9 @@
 
 namespace velmora {
 
-/// What the command line asked for. Every switch is matched by whole-argument equality; an
-/// argument nobody knows is ignored, and no argument is ever rejected.
+/// What the command line asked for, read against the switch table (see scanArguments). A
+/// command line that commandLineProblem refuses must not be used; parse then reads only the
+/// switches that were given correctly.
 struct LaunchOptions {
     bool testEmergency = false;
     bool dryRun = false;
@@ -28,11 +29,11 @@ struct LaunchOptions {
     bool help = false;
     bool version = false;
 
-    /// Values that were given but could not be used (an unknown thermal state name, a
-    /// consent answer other than on/off); the switch then keeps its default.
+    /// Switches that were accepted but have no effect (a probe switch without a dry run).
     std::vector<std::string> warnings;
 
-    /// Nothing when the platform has no place for the data directory at all.
+    /// Nothing when no --data-dir is given and the platform has no place for the data
+    /// directory at all.
     static std::optional<LaunchOptions> parse(const std::vector<std::string>& args,
                                               const PlatformEnvironment& env);
 };

@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <string>
 
+#include "app/command_line.hpp"
+#include "app/data_dir_check.hpp"
 #include "app/headless/headless_run.hpp"
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
@@ -31,6 +34,14 @@ bool asked(const std::vector<std::string>& args, std::string_view name) {
 int main(int argc, char** argv) {
     using namespace velmora;
     const auto args = argumentList(argc, argv);
+    // A switch that decides a power-off must be exact: refuse before anything else happens.
+    if (const auto problem = commandLineProblem(args)) {
+        std::fprintf(stderr, "%s: %s\nTry '%s --help' for the list of switches.\n", programName,
+                     problem->c_str(), programName);
+        return 2;
+    }
+    // A file-size limit must stop log lines, never the watchdog.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     // Help and the version need no data directory.
     if (asked(args, "--help")) {
         std::fputs(usageText().c_str(), stdout);
@@ -45,7 +56,7 @@ int main(int argc, char** argv) {
     if (!opts) {
         std::fprintf(stderr,
                      "%s: no place for the data directory: neither XDG_DATA_HOME nor HOME is "
-                     "set\n",
+                     "set; name one with --data-dir\n",
                      programName);
         return 1;
     }
@@ -53,6 +64,10 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
     }
     if (opts->diagnose) return diagnose(*opts);
+    if (const auto refusal = prepareDataDir(opts->dataDir)) {
+        std::fprintf(stderr, "%s: %s\n", programName, refusal->c_str());
+        return 1;
+    }
     if (pickShell(*opts, env) == ShellKind::desktop) {
         std::fprintf(stderr, "%s: this build has no desktop window yet; running headless\n",
                      programName);

@@ -1,38 +1,70 @@
 #include "app/usage.hpp"
 
+#include "app/switch_table.hpp"
 #include "policy/constants.hpp"
 
 namespace velmora {
 
+namespace {
+
+constexpr std::size_t helpColumn = 25;
+constexpr std::size_t lineWidth = 80;
+
+std::string switchWithValue(const Switch& option) {
+    std::string text(option.name);
+    if (option.takesValue()) text += " " + std::string(option.valueName);
+    return text;
+}
+
+// The help words, wrapped to the line width and indented to the help column.
+void appendWrapped(std::string& out, std::string_view words, std::size_t column) {
+    std::size_t used = column;
+    bool first = true;
+    while (!words.empty()) {
+        const auto blank = words.find(' ');
+        const auto word = words.substr(0, blank);
+        words = blank == std::string_view::npos ? std::string_view() : words.substr(blank + 1);
+        if (!first && used + 1 + word.size() > lineWidth) {
+            out += '\n';
+            out.append(helpColumn, ' ');
+            used = helpColumn;
+        } else if (!first) {
+            out += ' ';
+            ++used;
+        }
+        out += word;
+        used += word.size();
+        first = false;
+    }
+    out += '\n';
+}
+
+}  // namespace
+
 std::string usageText() {
-    return std::string(SC::appName) + " " + std::string(SC::version) +
-           " — watches how hot this computer is and, with your consent, powers it off in a "
-           "heat emergency.\n"
-           "\n"
-           "Usage: velmora-heat-monitor [switches]\n"
-           "\n"
-           "  --data-dir PATH        keep heat.log, settings.json and the shutdown marker in "
-           "PATH\n"
-           "                         (default: $XDG_DATA_HOME/velmora-heat-monitor, else\n"
-           "                         ~/.local/share/velmora-heat-monitor)\n"
-           "  --consent on|off       record the answer to the automatic-shutdown question, as\n"
-           "                         the consent page would, and keep running\n"
-           "  --headless             run without a window, even when a display is available\n"
-           "  --mute                 play no sounds; write each cue to the log instead\n"
-           "  --no-menu-item         do not add the heat item to the menu bar or tray\n"
-           "  --dry-run-shutdown     never power off: log what would be done (TEST MODE)\n"
-           "  --test-emergency       run a simulated emergency right away (implies a dry run)\n"
-           "  --simulate-denied      with a dry run: pretend the power-off permission is refused\n"
-           "  --real-probe           with a dry run: ask the system whether power-off is "
-           "permitted\n"
-           "  --force-thermal NAME   pretend the thermal state is NAME (nominal, fair, serious,\n"
-           "                         critical), for tests and demonstrations\n"
-           "  --diagnose             print the sensor sources and one live snapshot, then exit\n"
-           "  --help                 print this text and exit\n"
-           "  --version              print the version and exit\n"
-           "\n"
-           "Switches are matched whole; unknown arguments are ignored. SIGINT or SIGTERM ends\n"
-           "the run cleanly.\n";
+    std::string text = std::string(SC::appName) + " " + std::string(SC::version) +
+                       " — watches how hot this computer is and,\n"
+                       "with your consent, powers it off in a heat emergency.\n"
+                       "\n"
+                       "Usage: velmora-heat-monitor [switches]\n"
+                       "\n";
+    for (const auto& option : switchTable()) {
+        std::string head = "  " + switchWithValue(option);
+        if (head.size() + 1 > helpColumn) {
+            text += head + '\n';
+            text.append(helpColumn, ' ');
+        } else {
+            text += head;
+            text.append(helpColumn - head.size(), ' ');
+        }
+        appendWrapped(text, option.help, helpColumn);
+    }
+    text +=
+        "\n"
+        "Switches are matched whole. An unknown or misspelt switch, or one without its\n"
+        "value, is refused with exit status 2, so that a typing error never turns a dry\n"
+        "run into a real power-off. SIGINT or SIGTERM ends the run cleanly.\n";
+    return text;
 }
 
 }  // namespace velmora
