@@ -14,7 +14,7 @@ endforeach()
 list(SORT VELMORA_FUZZ_TARGETS)
 
 set(VELMORA_FUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})
-set(VELMORA_FUZZ_LIBS velmora_policy velmora_store velmora_actuators velmora_metrics
+set(VELMORA_FUZZ_LIBS velmora_policy velmora_store velmora_actuators velmora_metrics velmora_app_core
     nlohmann_json::nlohmann_json)
 
 # One executable from an entry point and a main: libFuzzer's, or the corpus replay's.
