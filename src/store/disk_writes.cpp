@@ -3,7 +3,6 @@
 #include "os/unique_fd.hpp"
 #include "os/whole_file.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -12,7 +11,6 @@
 #include <atomic>
 #include <cerrno>
 #include <charconv>
-#include <memory>
 #include <string>
 #include <system_error>
 
@@ -127,15 +125,15 @@ WriteError replaceFileAtomically(const std::filesystem::path& target, std::strin
 }
 
 int removeStrayTemporaries(const std::filesystem::path& dir) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(dir.c_str()), ::closedir);
-    if (!listing) return 0;
+    std::error_code ec;
+    std::filesystem::directory_iterator listing(dir, ec);
     int removed = 0;
-    while (const dirent* entry = ::readdir(listing.get())) {
-        const std::string_view name(entry->d_name);
+    for (; !ec && listing != std::filesystem::directory_iterator(); listing.increment(ec)) {
+        const auto name = listing->path().filename().string();
         if (!isStoreFile(name)) continue;
         const auto pid = writerOf(name);
         if (!pid || !processIsGone(*pid)) continue;
-        if (::unlinkat(::dirfd(listing.get()), entry->d_name, 0) == 0) ++removed;
+        if (::unlink(listing->path().c_str()) == 0) ++removed;
     }
     return removed;
 }

@@ -24,6 +24,14 @@ UniqueFd openForAppend(const std::filesystem::path& url) {
         url.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
 }
 
+// 0 when `fd` is open on a regular file, whose size is then in `info`; else the errno that
+// keeps the entry out.
+int openProblem(const UniqueFd& fd, struct stat& info) {
+    if (!fd.valid()) return errno;
+    if (::fstat(fd.get(), &info) != 0) return errno;
+    return S_ISREG(info.st_mode) ? 0 : EINVAL;
+}
+
 bool isOversized(const std::filesystem::path& url) {
     struct stat info {};
     return ::lstat(url.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
@@ -123,18 +131,11 @@ void FileLogger::write(const std::string& entry) {
         fd = openForAppend(url_);
     }
     struct stat info {};
-    int err = 0;
-    if (!fd.valid()) {
-        err = errno;
-    } else if (::fstat(fd.get(), &info) != 0) {
-        err = errno;
-    } else if (!S_ISREG(info.st_mode)) {
-        err = EINVAL;
-    } else if (info.st_size > sizeLimit) {
+    int err = openProblem(fd, info);
+    if (err == 0 && info.st_size > sizeLimit) {
         static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
         fd = openForAppend(url_);
-        info.st_size = 0;
-        if (!fd.valid()) err = errno;
+        err = openProblem(fd, info);
     }
     if (err == 0) {
         if (dropped_ > 0) notice += droppedNotice(dropped_, lastDropError_);

@@ -23,7 +23,7 @@ struct MarkerFinding {
 class MarkerStore {
   public:
     /// The largest marker file read; a real one is under 200 bytes.
-    static constexpr std::size_t readCap = 4 * 1024;
+    static constexpr std::size_t readCap = std::size_t{4} * 1024;
 
     explicit MarkerStore(const std::filesystem::path& dir);
 

@@ -16,7 +16,7 @@ namespace velmora {
 class SettingsStore {
   public:
     /// The largest settings file read; a real one is about 100 bytes.
-    static constexpr std::size_t readCap = 64 * 1024;
+    static constexpr std::size_t readCap = std::size_t{64} * 1024;
 
     /// Touches nothing on disk. `report`, when given, hears once about a settings file that
     /// cannot be used (see load), and again only after it was usable in between.
