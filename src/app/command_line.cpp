@@ -46,11 +46,15 @@ std::string suggestionFor(std::string_view arg) {
                    std::string(arg.substr(equals + 1)) + "'?)";
         }
     }
+    std::string lowered(arg);
+    std::ranges::transform(lowered, lowered.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
     const Switch* best = nullptr;
     std::size_t bestDistance = closeEnough + 1;
     for (const auto& option : switchTable()) {
-        const bool prefix = option.name.starts_with(arg) || arg.starts_with(option.name);
-        const std::size_t distance = prefix ? 1 : editDistance(arg, option.name);
+        const bool prefix = option.name.starts_with(lowered) || lowered.starts_with(option.name);
+        const std::size_t distance = prefix ? 1 : editDistance(lowered, option.name);
         if (distance < bestDistance) {
             best = &option;
             bestDistance = distance;

@@ -25,8 +25,10 @@ std::string roff(std::string_view text) {
 }
 
 std::string optionEntry(const Switch& option) {
-    std::string entry = ".TP\n.B " + roff(option.name);
-    if (option.takesValue()) entry += " \" \" " + roff(option.valueName);
+    // A value switch is set bold with its value in italics: .BI "--data-dir " PATH
+    std::string entry = option.takesValue()
+                            ? ".TP\n.BI \"" + roff(option.name) + " \" " + roff(option.valueName)
+                            : ".TP\n.B " + roff(option.name);
     entry += "\n" + roff(option.help) + "\n";
     return entry;
 }

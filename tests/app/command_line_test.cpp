@@ -99,7 +99,10 @@ TEST(SwitchTable, HelpManualAndCompletionNameEverySwitch) {
         std::string roffName;
         for (const char c : option.name)
             roffName += c == '-' ? std::string("\\-") : std::string(1, c);
-        EXPECT_NE(man.find(".B " + roffName + "\n"), std::string::npos) << option.name;
+        const std::string entry = option.takesValue()
+                                      ? ".BI \"" + roffName + " \" " + std::string(option.valueName)
+                                      : ".B " + roffName;
+        EXPECT_NE(man.find(".TP\n" + entry + "\n"), std::string::npos) << option.name;
         EXPECT_NE(completion.find(std::string(option.name)), std::string::npos) << option.name;
         EXPECT_EQ(findSwitch(option.name), &option);
     }

@@ -8,7 +8,8 @@ COMPLETION=${3:?}
 fail() { echo "FAIL: $*" >&2; exit 1; }
 
 from_help=$("$EXE" --help | grep -o -E '^  --[a-z-]+' | sed 's/^ *//' | sort)
-from_man=$(grep -E '^\.B \\-\\-' "$MAN" | sed -e 's/^\.B //' -e 's/\\-/-/g' -e 's/ .*//' | sort)
+# Option entries: `.B \-\-mute`, or `.BI "\-\-data\-dir " PATH` for a switch with a value.
+from_man=$(grep -E '^\.BI? "?\\-\\-' "$MAN" | sed -e 's/^\.BI\{0,1\} "\{0,1\}//' -e 's/\\-/-/g' -e 's/[ "].*//' | sort)
 [[ -n "$from_help" ]] || fail "--help lists no switches"
 [[ "$from_man" == "$from_help" ]] || fail "the manual page lists other switches than --help:
 $(diff <(echo "$from_help") <(echo "$from_man"))"
