@@ -8,15 +8,16 @@ COMPLETION=${3:?}
 fail() { echo "FAIL: $*" >&2; exit 1; }
 
 from_help=$("$EXE" --help | grep -o -E '^  --[a-z-]+' | sed 's/^ *//' | sort)
-# Option entries: `.B \-\-mute`, or `.BI "\-\-data\-dir " PATH` for a switch with a value.
-from_man=$(grep -E '^\.BI? "?\\-\\-' "$MAN" | sed -e 's/^\.BI\{0,1\} "\{0,1\}//' -e 's/\\-/-/g' -e 's/[ "].*//' | sort)
+# Option entries in the OPTIONS section: `.B \-\-mute`, or `.BI "\-\-data\-dir " PATH` for a switch with a value.
+from_man=$(sed -n '/^\.SH OPTIONS/,/^\.SH FILES/p' "$MAN" | grep -E '^\.BI? "?\\-\\-' | sed -e 's/^\.BI\{0,1\} "\{0,1\}//' -e 's/\\-/-/g' -e 's/[ "].*//' | sort)
 [[ -n "$from_help" ]] || fail "--help lists no switches"
 [[ "$from_man" == "$from_help" ]] || fail "the manual page lists other switches than --help:
 $(diff <(echo "$from_help") <(echo "$from_man"))"
 
 # Every listed switch is accepted (with a value when it takes one).
 while read -r name; do
-  value_name=$("$EXE" --help | grep -E "^  $name( |$)" | awk '{print $2}')
+  # "  --data-dir PATH   Keep..." names a value; "  --mute   Play..." does not.
+  value_name=$("$EXE" --help | sed -n -E "s/^  $name ([^ ]+).*/\1/p")
   args=("$name")
   case "$value_name" in
     "") ;;
@@ -32,7 +33,7 @@ complete_words() {
 }
 [[ "$(complete_words '--' | sort)" == "$from_help" ]] || fail "the completion offers other switches than --help"
 [[ "$(complete_words '--force-thermal' 'c')" == "critical" ]] || fail "no completion of thermal state names"
-[[ "$(complete_words '--consent' '' | sort | tr '\n' ' ')" == "off on " ]] || fail "no completion of on/off"
+[[ "$(complete_words '--consent' "''" | sort | tr '\n' ' ')" == "off on " ]] || fail "no completion of on/off"
 
 if command -v groff >/dev/null 2>&1; then
   warnings=$(groff -man -ww -z "$MAN" 2>&1)
