@@ -40,6 +40,16 @@ void readConsent(const std::vector<std::string>& args, LaunchOptions& opts) {
     }
 }
 
+void readMetricsFile(const std::vector<std::string>& args, const PlatformEnvironment& env,
+                     LaunchOptions& opts) {
+    const auto path = valueAfter(args, "--metrics-file");
+    if (path && !path->empty() && !path->starts_with("--")) {
+        opts.metricsFile = resolveUserPath(*path, env);
+    } else if (has(args, "--metrics-file")) {
+        opts.warnings.push_back("--metrics-file needs a file path; no metrics file is written");
+    }
+}
+
 }  // namespace
 
 std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>& args,
@@ -63,6 +73,7 @@ std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>
     readForcedThermal(args, opts);
     readConsent(args, opts);
     opts.diagnose = has(args, "--diagnose");
+    readMetricsFile(args, env, opts);
     opts.help = has(args, "--help");
     opts.version = has(args, "--version");
     return opts;

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "app/headless/headless_run.hpp"
 #include "app/launch_options.hpp"
@@ -17,6 +19,8 @@ constexpr const char* programName = "velmora-heat-monitor";
 
 int diagnose(const velmora::LaunchOptions& opts) {
     auto collector = velmora::makePlatformCollector(opts);
+    // The collector read the counters once; a second reading a moment later gives real loads.
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
     const auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
     std::fputs(report.c_str(), stdout);
     return 0;

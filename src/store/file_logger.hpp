@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -36,6 +37,10 @@ class FileLogger {
     /// Blocks until every entry logged before this call has been written (or dropped).
     void drain();
 
+    /// Also hands every later line, unstamped, to `mirror` on the logging thread (the system
+    /// journal). Set before the logger is shared with other threads.
+    void setMirror(std::function<void(const std::string&)> mirror) { mirror_ = std::move(mirror); }
+
   private:
     void run();
 
@@ -48,6 +53,7 @@ class FileLogger {
     std::uint64_t written_ = 0;  // entries ever taken off the queue and written or dropped
     bool stopping_ = false;
     std::thread writer_;
+    std::function<void(const std::string&)> mirror_;
 };
 
 }  // namespace velmora
