@@ -30,6 +30,7 @@ void addTemperatures(PrometheusText& out, const std::vector<NamedTemp>& sensors)
     out.family("velmora_sensor_temperature_celsius", "gauge",
                "Temperature of each sensor, in degrees Celsius.");
     std::vector<const NamedTemp*> sorted;
+    sorted.reserve(sensors.size());
     for (const NamedTemp& sensor : sensors)
         sorted.push_back(&sensor);
     std::stable_sort(sorted.begin(), sorted.end(), [](const NamedTemp* a, const NamedTemp* b) {
