@@ -87,7 +87,8 @@ inline void checkLowPower(const LiveInputs& in, const std::filesystem::path& roo
     if (!in.lowPower) return;
     // power-profiles-daemon is asked over D-Bus, never through its state file in the tree.
     const std::string profile = fileText(root / "sys/firmware/acpi/platform_profile");
-    require(trimmed(profile) == "low-power", "in a tree, low power mode comes from the platform profile");
+    require(trimmed(profile) == "low-power",
+            "in a tree, low power mode comes from the platform profile");
 }
 
 inline void checkLinuxSample(const LiveInputs& in, const std::filesystem::path& root) {
