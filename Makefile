@@ -37,6 +37,7 @@ bench: deps
 	cmake -S . -B $(BUILD)-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_BENCH=ON
 	cmake --build $(BUILD)-bench -j $(JOBS)
 	@for b in $(BUILD)-bench/bench/*_bench; do [ -x "$$b" ] && "$$b"; done; true
+	bench/idle_cost.sh $(BUILD)-bench/velmora-heat-monitor
 
 # libFuzzer on every decoder of outside input, one core at a time, each on a copy of its corpus.
 fuzz:

@@ -71,6 +71,7 @@ void AppController::reportStatus(const nlohmann::json& view) {
     status_.mode = std::string(modeName(ui.mode));
     status_.simulation = viewFlag(view, "sim");
     shell_.statusChanged(status_);
+    notifyTicked(view);
 }
 
 void AppController::reportLive(const LiveInputs& inputs) {

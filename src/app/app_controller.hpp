@@ -16,6 +16,7 @@
 #include "app/main_loop.hpp"
 #include "app/presentation_rules.hpp"
 #include "app/shell.hpp"
+#include "app/watchdog_observer.hpp"
 #include "engine/engine.hpp"
 #include "metrics/heat_collector.hpp"
 #include "store/file_logger.hpp"
@@ -35,6 +36,10 @@ struct AppServices {
     std::function<std::shared_ptr<Sounder>()> systemSounder;
     /// The per-launch token; a fresh random one when empty.
     std::string token;
+    /// Outside watchers told of every tick, sample and shutdown call (the service manager).
+    std::vector<std::shared_ptr<WatchdogObserver>> observers;
+    /// Also given every log line (the journal); may be empty.
+    std::function<void(const std::string&)> logMirror;
 };
 
 /// The presentation's state, read by tests and by nothing else outside the controller.
@@ -145,6 +150,11 @@ class AppController {
     void reportLive(const LiveInputs& inputs);
     void rememberLive(const LiveInputs& inputs);
 
+    // Outside watchers.
+    void startObservers();
+    void notifyTicked(const nlohmann::json& view);
+    void notifySampled(const LiveInputs& inputs);
+
     // Menu bar and appearance.
     void buildMenus();
     void setupMenuBarItem();
@@ -159,6 +169,7 @@ class AppController {
     AppServices services_;
     std::optional<TimerId> pollTimer_;
     std::optional<TimerId> liveTimer_;
+    std::vector<std::shared_ptr<WatchdogObserver>> observers_;
     StatusReport status_;
     std::shared_ptr<AppController*> self_ = std::make_shared<AppController*>(this);
 };

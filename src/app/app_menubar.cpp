@@ -50,6 +50,7 @@ void AppController::sampleLive() {
     pushLive();
     if (ui.heatItem && shell_.popoverShown()) pushMenu();
     reportLive(inputs);
+    notifySampled(inputs);
 }
 
 void AppController::updateMenuBarItem(const LiveInputs& inputs) {

@@ -35,11 +35,13 @@ AppController::~AppController() {
 
 void AppController::start() {
     logger = std::make_shared<FileLogger>(opts.dataDir);
+    if (services_.logMirror) logger->setMirror(services_.logMirror);
     log("---- " + std::string(SC::appName) + " " + std::string(SC::version) +
         " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
         " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +
         " dataDir=" + opts.dataDir.string() + ")");
     chooseActuators();
+    startObservers();
     logSensorLines();
     buildEngine();
     createWindow();

@@ -71,6 +71,9 @@ std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>
     }
     opts.consent = consentAnswer(valueOf(scanned, "--consent"));
     opts.diagnose = has(scanned, "--diagnose");
+    if (const auto path = valueOf(scanned, "--metrics-file")) {
+        opts.metricsFile = resolveUserPath(*path, env);
+    }
     opts.help = has(scanned, "--help");
     opts.version = has(scanned, "--version");
     return opts;

@@ -26,6 +26,8 @@ struct LaunchOptions {
     std::optional<ThermalState> forceThermal;
     std::optional<bool> consent;
     bool diagnose = false;
+    /// Where to write the Prometheus text file; empty for none.
+    std::filesystem::path metricsFile;
     bool help = false;
     bool version = false;
 

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <csignal>
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "app/command_line.hpp"
 #include "app/data_dir_check.hpp"
@@ -20,6 +22,8 @@ constexpr const char* programName = "velmora-heat-monitor";
 
 int diagnose(const velmora::LaunchOptions& opts) {
     auto collector = velmora::makePlatformCollector(opts);
+    // The collector read the counters once; a second reading a moment later gives real loads.
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
     const auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
     std::fputs(report.c_str(), stdout);
     return 0;

@@ -7,7 +7,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::array<Switch, 13> switches{{
+constexpr std::array<Switch, 14> switches{{
     {"--data-dir", "PATH", "",
      "Keep heat.log, settings.json and the shutdown marker in PATH (default: "
      "$XDG_DATA_HOME/velmora-heat-monitor, else ~/.local/share/velmora-heat-monitor). A "
@@ -26,6 +26,9 @@ constexpr std::array<Switch, 13> switches{{
      "Pretend the thermal state is NAME (nominal, fair, serious or critical), for tests and "
      "demonstrations."},
     {"--diagnose", "", "", "Print the sensor sources and one live snapshot, then exit."},
+    {"--metrics-file", "PATH", "",
+     "After every sample, write the live state to PATH in the Prometheus text format, for "
+     "node_exporter's textfile collector (PATH should end in .prom)."},
     {"--help", "", "", "Print this text and exit."},
     {"--version", "", "", "Print the version and exit."},
 }};

@@ -35,6 +35,7 @@ class HeatCollector {
 
     std::string sensorSummary();
     std::vector<SourceRow> sourceTable() const;
+    std::vector<ThermalLimit> thermalLimits() const { return backend_->thermalLimits(); }
 
     const std::optional<LiveInputs>& last() const { return last_; }
     std::optional<Timestamp> lastAt() const { return lastAt_; }

@@ -9,6 +9,13 @@
 
 namespace velmora {
 
+/// One device that judges its own heat (a GPU with thresholds), as a diagnostic row.
+struct DeviceSource {
+    std::string label;
+    std::optional<std::string> value;
+    std::string source;
+};
+
 /// Where each row of the diagnostic source table comes from on this platform.
 struct MetricSources {
     std::string thermal;
@@ -23,6 +30,17 @@ struct MetricSources {
     std::string gpuLoad;
     std::string fans;
     std::string power;
+    /// Listed after the fixed rows, one per device.
+    std::vector<DeviceSource> devices{};
+};
+
+/// One temperature threshold the derived thermal state is judged by.
+struct ThermalLimit {
+    /// The source it belongs to (an attribute's path, a GPU).
+    std::string source;
+    /// The state reached at it: "fair", "serious" or "critical".
+    std::string state;
+    double celsius = 0.0;
 };
 
 /// One platform's metric sources. Readers never throw; every failure is an absent value.
@@ -41,6 +59,8 @@ class MetricsBackend {
     virtual std::string sensorSummary() = 0;
     /// The sources of the latest sample's figures, naming the platform's interfaces or files.
     virtual MetricSources sources() const = 0;
+    /// The thresholds behind the derived thermal state; none where the OS states it itself.
+    virtual std::vector<ThermalLimit> thermalLimits() const { return {}; }
 };
 
 }  // namespace velmora

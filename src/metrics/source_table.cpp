@@ -70,7 +70,7 @@ std::vector<SourceRow> buildSourceTable(const std::optional<LiveInputs>& last,
         return std::to_string(cores.size()) + " cores";
     };
     auto power = [](const PowerReading& p) { return fixedText(p.watts, 1) + " W " + p.label; };
-    return {
+    std::vector<SourceRow> rows{
         thermalRow(last, sources),
         row("CPU busy", textOf(in.cpuBusy, percentText), sources.cpuBusy),
         row("Per-core CPU", textOf(in.coreLoads, loads), sources.perCore),
@@ -85,6 +85,9 @@ std::vector<SourceRow> buildSourceTable(const std::optional<LiveInputs>& last,
         row("Fan RPM", fansText(in.fans), sources.fans),
         row("Power", textOf(in.power, power), sources.power),
     };
+    for (const DeviceSource& device : sources.devices)
+        rows.push_back(row(device.label, last ? device.value : std::nullopt, device.source));
+    return rows;
 }
 
 namespace {

@@ -83,6 +83,7 @@ FileLogger::~FileLogger() {
 }
 
 void FileLogger::log(std::string_view line) {
+    if (mirror_) mirror_(std::string(line));
     std::string entry = formatLogTime(Timestamp::now());
     entry.reserve(entry.size() + line.size() + 2);
     entry += ' ';

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -49,6 +50,10 @@ class FileLogger {
     /// Blocks until every entry logged before this call has been written (or dropped).
     void drain();
 
+    /// Also hands every later line, unstamped, to `mirror` on the logging thread (the system
+    /// journal). Set before the logger is shared with other threads.
+    void setMirror(std::function<void(const std::string&)> mirror) { mirror_ = std::move(mirror); }
+
   private:
     void run();
     /// Appends one entry; only ever runs on one thread at a time.
@@ -68,6 +73,7 @@ class FileLogger {
     std::uint64_t dropped_ = 0;  // entries lost since the last one written
     int lastDropError_ = 0;      // the errno that lost the last of them
     std::thread writer_;
+    std::function<void(const std::string&)> mirror_;
 };
 
 }  // namespace velmora

@@ -75,7 +75,6 @@ TEST(LinuxMachines, AmdDesktopWithK10tempAmdgpuAndTwoFans) {
     e.peakLevel = Level::warm;
     e.peakCpuTemp = 61.25;
     e.cpuHistory = {percent(720, 1600)};
-    e.lowPower = true;
     std::vector<double> cores;
     for (int k = 0; k < 16; ++k)
         cores.push_back(percent(k * 6, 100));

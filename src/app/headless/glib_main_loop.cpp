@@ -3,6 +3,7 @@
 #include <glib-unix.h>
 #include <glib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 
@@ -37,6 +38,38 @@ void deleteWork(gpointer data) {
 gboolean quitLoop(gpointer data) {
     static_cast<GlibMainLoop*>(data)->quit();
     return G_SOURCE_CONTINUE;
+}
+
+// A repeating timer that fires on whole multiples of its interval on the monotonic clock, so
+// that timers whose intervals divide each other (the 0.25 s tick, the 1 s sample) fire in the
+// same wake-up of the loop instead of each waking it on its own.
+struct AlignedTimer {
+    GSource source;
+    gint64 intervalMicroseconds;
+};
+
+gint64 nextMultiple(gint64 now, gint64 interval) {
+    return (now / interval + 1) * interval;
+}
+
+gboolean dispatchAligned(GSource* source, GSourceFunc callback, gpointer data) {
+    const gboolean keep = callback(data);
+    if (keep != FALSE) {
+        const auto* timer = reinterpret_cast<AlignedTimer*>(source);
+        g_source_set_ready_time(source,
+                                nextMultiple(g_get_monotonic_time(), timer->intervalMicroseconds));
+    }
+    return keep;
+}
+
+GSourceFuncs alignedTimerFuncs{nullptr, nullptr, dispatchAligned, nullptr, nullptr, nullptr};
+
+GSource* alignedTimerSource(double seconds) {
+    const auto interval = std::max<gint64>(1000, std::llround(seconds * 1e6));
+    GSource* source = g_source_new(&alignedTimerFuncs, sizeof(AlignedTimer));
+    reinterpret_cast<AlignedTimer*>(source)->intervalMicroseconds = interval;
+    g_source_set_ready_time(source, nextMultiple(g_get_monotonic_time(), interval));
+    return source;
 }
 
 guint milliseconds(double seconds) {
@@ -90,7 +123,8 @@ TimerId GlibMainLoop::startRepeating(double seconds, std::function<void()> work)
 
 TimerId GlibMainLoop::addTimeout(double seconds, bool repeating, std::function<void()> work) {
     const TimerId id = ++nextId_;
-    GSource* source = g_timeout_source_new(milliseconds(seconds));
+    GSource* source =
+        repeating ? alignedTimerSource(seconds) : g_timeout_source_new(milliseconds(seconds));
     g_source_set_callback(source, runTimer, new Work{this, id, repeating, std::move(work)},
                           deleteWork);
     g_source_attach(source, context_);

@@ -24,6 +24,8 @@ class GlibMainLoop final : public MainLoop {
 
     void post(std::function<void()> work) override;
     TimerId postAfter(double seconds, std::function<void()> work) override;
+    /// Fires on whole multiples of `seconds` on the monotonic clock, so that timers of related
+    /// intervals share their wake-ups; the first run comes within one interval.
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
     Timestamp now() const override;

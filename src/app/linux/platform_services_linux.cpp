@@ -2,6 +2,8 @@
 #include "actuators/linux/logind_calls.hpp"
 #include "actuators/linux/logind_shutdowner.hpp"
 #include "app/file_preferences.hpp"
+#include "app/linux/journal_mirror.hpp"
+#include "app/linux/systemd_notifier.hpp"
 #include "app/platform_services.hpp"
 #include "metrics/backend_factory.hpp"
 
@@ -25,6 +27,11 @@ PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnviron
         return std::make_shared<LogindShutdowner>(std::move(log), std::move(post));
     };
     parts.services.realProbe = askCanPowerOff;
+    // Under systemd: readiness, status and watchdog pings, and log lines in the journal.
+    if (auto notifier = SystemdNotifier::fromEnvironment()) {
+        parts.services.observers.push_back(std::move(notifier));
+    }
+    parts.services.logMirror = journalMirrorFromEnvironment();
     if (!opts.mute) {
         parts.sounds = std::make_shared<CanberraSounder>(resources / "sounds");
         parts.services.systemSounder = [sounds = parts.sounds] { return sounds; };

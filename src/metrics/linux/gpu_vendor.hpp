@@ -6,11 +6,40 @@
 
 namespace velmora {
 
+/// The temperatures at which a GPU's own firmware acts, in degrees Celsius; absent when the
+/// GPU does not state one.
+struct GpuThresholds {
+    /// The hardware starts clocking down.
+    std::optional<double> slowdown{};
+    /// The hardware cuts power.
+    std::optional<double> shutdown{};
+    /// The highest temperature the GPU is meant to run at.
+    std::optional<double> gpuMax{};
+    /// The same for its memory (judged against a memory temperature, which is not read).
+    std::optional<double> memoryMax{};
+
+    bool operator==(const GpuThresholds&) const = default;
+};
+
+/// Which of the clock-lowering reasons that mean heat or a power emergency are active.
+struct GpuThrottle {
+    bool hwThermal = false;
+    bool swThermal = false;
+    bool powerBrake = false;
+
+    bool any() const { return hwThermal || swThermal || powerBrake; }
+    bool operator==(const GpuThrottle&) const = default;
+};
+
 /// One discrete GPU as its vendor library reports it.
 struct VendorGpu {
     std::string name;
     std::optional<double> celsius;
     std::optional<double> busyPercent;
+    GpuThresholds thresholds{};
+    /// Nothing when the library cannot tell.
+    std::optional<GpuThrottle> throttle{};
+    std::optional<double> watts{};
 };
 
 /// A vendor management library (NVIDIA's NVML); absent when the library is not installed.

@@ -54,8 +54,6 @@ void LinuxBackend::discover(Timestamp now) {
     inv.rapl = RaplMeter::discover(root_);
     inv.gpuBusy = discoverGpuBusy(root_);
     inv.platformProfile = SysfsFile::openReadable(root_ + "/sys/firmware/acpi/platform_profile");
-    inv.powerProfilesState =
-        SysfsFile::openReadable(root_ + "/var/lib/power-profiles-daemon/state.ini");
     inv_ = std::move(inv);
     setThermalSources();
     throttleCounts_.clear();
@@ -71,14 +69,15 @@ void LinuxBackend::setThermalSources() {
         auto conditions = zoneConditions(inv_.zones[i].trips);
         if (conditions.empty()) continue;
         sourceDefs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
-        thermalSlots_.push_back({true, i});
+        thermalSlots_.push_back({SlotKind::zone, i});
     }
     for (std::size_t i = 0; i < inv_.hwmon.temps.size(); ++i) {
         auto conditions = hwmonConditions(inv_.hwmon.temps[i].limits);
         if (conditions.empty()) continue;
         sourceDefs.push_back({inv_.hwmon.temps[i].input.path(), std::move(conditions)});
-        thermalSlots_.push_back({false, i});
+        thermalSlots_.push_back({SlotKind::hwmon, i});
     }
+    addGpuThermalSources(sourceDefs);
     deriver_.setSources(std::move(sourceDefs));
 }
 
@@ -92,7 +91,7 @@ void LinuxBackend::maybeRediscover(Timestamp now) {
 void LinuxBackend::prime(Timestamp now) {
     maybeRediscover(now);
     LiveInputs discarded;
-    sampleCpu(discarded);
+    sampleCpu(discarded, now);
     bool ignored = false;
     (void)inv_.rapl.sample(now, ignored);
 }
@@ -100,7 +99,7 @@ void LinuxBackend::prime(Timestamp now) {
 LiveInputs LinuxBackend::sample(Timestamp now) {
     maybeRediscover(now);
     LiveInputs in;
-    sampleCpu(in);
+    sampleCpu(in, now);
     sampleTemperatures(in);
     in.thermal = deriveThermal();
     sampleMemory(in);

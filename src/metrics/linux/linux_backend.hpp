@@ -7,6 +7,7 @@
 
 #include "metrics/linux/gpu_vendor.hpp"
 #include "metrics/linux/hwmon.hpp"
+#include "metrics/linux/power_profiles.hpp"
 #include "metrics/linux/power_supply.hpp"
 #include "metrics/linux/proc_stat.hpp"
 #include "metrics/linux/rapl.hpp"
@@ -31,7 +32,6 @@ struct LinuxInventory {
     RaplMeter rapl;
     std::vector<SysfsFile> gpuBusy;
     std::optional<SysfsFile> platformProfile;
-    std::optional<SysfsFile> powerProfilesState;
 };
 
 /// Reads /proc and /sys below a root prefix: discovery once, one `pread` per attribute per
@@ -40,6 +40,8 @@ struct LinuxInventory {
 class LinuxBackend final : public MetricsBackend {
   public:
     static constexpr double rediscoverEverySeconds = 60.0;
+    /// CPU loads over a shorter span are a handful of clock ticks: noise, so they are absent.
+    static constexpr double minimumCpuSpanSeconds = 0.2;
 
     /// `root` is "/" or a directory holding proc/ and sys/ trees; `vendorGpu` may be null.
     explicit LinuxBackend(std::string root, std::unique_ptr<GpuVendorLibrary> vendorGpu = nullptr);
@@ -48,14 +50,21 @@ class LinuxBackend final : public MetricsBackend {
     LiveInputs sample(Timestamp now) override;
     std::string sensorSummary() override;
     MetricSources sources() const override;
+    std::vector<ThermalLimit> thermalLimits() const override;
+
+    /// Where the power-saver state comes from (power-profiles-daemon on a live system).
+    void setPowerProfiles(std::unique_ptr<PowerProfileSource> profiles) {
+        profiles_ = std::move(profiles);
+    }
 
     /// How many times the files were discovered, the first time included.
     int discoveries() const { return discoveries_; }
     const ThermalDeriver& thermal() const { return deriver_; }
 
   private:
+    enum class SlotKind { hwmon, zone, gpu };
     struct ThermalSlot {
-        bool zone = false;
+        SlotKind kind = SlotKind::hwmon;
         std::size_t index = 0;
     };
     struct Chosen {
@@ -72,12 +81,19 @@ class LinuxBackend final : public MetricsBackend {
     std::optional<long long> readInteger(const SysfsFile& file);
     std::optional<std::string_view> readText(const SysfsFile& file, std::vector<char>& buffer);
 
-    void sampleCpu(LiveInputs& in);
+    void sampleCpu(LiveInputs& in, Timestamp now);
     void sampleMemory(LiveInputs& in);
     void sampleLoad(LiveInputs& in);
     void sampleTemperatures(LiveInputs& in);
     void sampleHwmonTemps(LiveInputs& in);
     void sampleVendorGpus(LiveInputs& in);
+    void refreshGpuThermalSources();
+    void addGpuThermalSources(std::vector<ThermalSourceDef>& sourceDefs);
+    std::string gpuSourceId(std::size_t index) const;
+    std::optional<std::string> throttledGpu() const;
+    std::optional<double> gpuCelsius(std::size_t index) const;
+    std::optional<PowerReading> gpuPower();
+    std::vector<DeviceSource> gpuSourceRows() const;
     void sampleBattery(LiveInputs& in);
     ThermalState deriveThermal();
     bool throttleRose();
@@ -88,6 +104,7 @@ class LinuxBackend final : public MetricsBackend {
 
     std::string root_;
     std::unique_ptr<GpuVendorLibrary> vendorGpu_;
+    std::unique_ptr<PowerProfileSource> profiles_;
     LinuxInventory inv_;
     ThermalDeriver deriver_;
     std::vector<ThermalSlot> thermalSlots_;
@@ -100,11 +117,13 @@ class LinuxBackend final : public MetricsBackend {
     std::vector<char> smallBuffer_;
     ProcStat stat_;
     std::optional<ProcStat> lastStat_;
+    std::optional<Timestamp> lastStatAt_;
     std::vector<std::optional<double>> hwmonValues_;
     std::vector<std::optional<double>> zoneValues_;
     std::vector<std::optional<double>> thermalReadings_;
     std::vector<long long> throttleCounts_;
     std::vector<VendorGpu> vendorGpus_;
+    std::vector<GpuThresholds> gpuThresholds_;
     Chosen chosen_;
 };
 

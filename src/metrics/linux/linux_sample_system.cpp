@@ -7,36 +7,40 @@ namespace velmora {
 
 namespace {
 
-bool hasLine(std::string_view text, std::string_view wanted) {
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        if (trimmed(text.substr(0, end)) == wanted) return true;
-        text.remove_prefix(std::min(end + 1, text.size()));
+std::optional<std::vector<double>> coreLoads(const std::vector<CpuTimes>& previous,
+                                             const std::vector<CpuTimes>& current) {
+    std::vector<double> loads;
+    loads.reserve(current.size());
+    for (std::size_t i = 0; i < current.size(); ++i) {
+        const auto load = busyPercent(previous[i], current[i]);
+        if (!load) return std::nullopt;
+        loads.push_back(*load);
     }
-    return false;
+    return loads;
 }
 
 }  // namespace
 
-void LinuxBackend::sampleCpu(LiveInputs& in) {
+void LinuxBackend::sampleCpu(LiveInputs& in, Timestamp now) {
     if (!inv_.procStat) return;
     const auto text = readText(*inv_.procStat, procBuffer_);
     if (!text) return;
+    // Too soon after the counters last read (the start-up sample right after priming): keep
+    // the earlier counters as the baseline and report no load rather than noise.
+    const double span = lastStatAt_ ? now - *lastStatAt_ : 0.0;
+    if (lastStat_ && span >= 0.0 && span < minimumCpuSpanSeconds) return;
     parseProcStat(*text, stat_);
     if (lastStat_ && lastStat_->total && stat_.total) {
         in.cpuBusy = busyPercent(*lastStat_->total, *stat_.total);
     }
-    // A CPU going on- or offline changes the lines; that sample has no per-core figures.
+    // A CPU going on- or offline changes the lines; that sample has no per-core figures, and
+    // neither has one where any core's figure cannot be had.
     if (lastStat_ && !stat_.perCpu.empty() && lastStat_->perCpu.size() == stat_.perCpu.size()) {
-        std::vector<double> loads;
-        loads.reserve(stat_.perCpu.size());
-        for (std::size_t i = 0; i < stat_.perCpu.size(); ++i) {
-            loads.push_back(busyPercent(lastStat_->perCpu[i], stat_.perCpu[i]).value_or(0.0));
-        }
-        in.coreLoads = std::move(loads);
+        in.coreLoads = coreLoads(lastStat_->perCpu, stat_.perCpu);
     }
     if (!lastStat_) lastStat_.emplace();
     std::swap(*lastStat_, stat_);
+    lastStatAt_ = now;
 }
 
 void LinuxBackend::sampleMemory(LiveInputs& in) {
@@ -88,6 +92,10 @@ void LinuxBackend::samplePower(LiveInputs& in, Timestamp now) {
         const auto& current = files.currentNow ? files.currentNow : files.powerNow;
         chosen_.power = current ? current->path() : std::string();
     }
+    if (!in.power) {
+        in.power = gpuPower();
+        if (in.power) chosen_.power = in.power->source;
+    }
     if (!in.power) chosen_.power.clear();
 }
 
@@ -110,10 +118,9 @@ bool LinuxBackend::lowPowerMode() {
             if (trimmed(*text) == "low-power") return true;
         }
     }
-    if (inv_.powerProfilesState) {
-        if (const auto text = readText(*inv_.powerProfilesState, smallBuffer_)) {
-            return hasLine(*text, "Profile=power-saver");
-        }
+    // The daemon's public property, never its private state file.
+    if (profiles_) {
+        if (const auto profile = profiles_->activeProfile()) return *profile == "power-saver";
     }
     return false;
 }

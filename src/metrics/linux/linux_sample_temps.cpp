@@ -52,6 +52,7 @@ void LinuxBackend::sampleVendorGpus(LiveInputs& in) {
         in.sensors.push_back({gpu.name, *gpu.celsius, source});
         keepHottest(in.gpuTemp, chosen_.gpuTemp, *gpu.celsius, source, source);
     }
+    refreshGpuThermalSources();
 }
 
 void LinuxBackend::sampleTemperatures(LiveInputs& in) {
@@ -100,9 +101,14 @@ void LinuxBackend::sampleBattery(LiveInputs& in) {
 ThermalState LinuxBackend::deriveThermal() {
     thermalReadings_.clear();
     for (const ThermalSlot& slot : thermalSlots_) {
-        thermalReadings_.push_back(slot.zone ? zoneValues_[slot.index] : hwmonValues_[slot.index]);
+        thermalReadings_.push_back(slot.kind == SlotKind::zone    ? zoneValues_[slot.index]
+                                   : slot.kind == SlotKind::hwmon ? hwmonValues_[slot.index]
+                                                                  : gpuCelsius(slot.index));
     }
-    return deriver_.update(thermalReadings_, throttleRose());
+    const bool cpuThrottled = throttleRose();
+    const auto gpu = throttledGpu();
+    return deriver_.update(thermalReadings_, cpuThrottled || gpu,
+                           cpuThrottled ? "thermal_throttle" : gpu.value_or(""));
 }
 
 bool LinuxBackend::throttleRose() {

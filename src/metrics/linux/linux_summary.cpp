@@ -96,7 +96,8 @@ MetricSources LinuxBackend::sources() const {
         .gpuLoad =
             inv_.gpuBusy.empty() ? "amdgpu gpu_busy_percent / NVML" : inv_.gpuBusy.front().path(),
         .fans = fansSource(inv_.hwmon.fans),
-        .power = or_(chosen_.power, "RAPL energy_uj / power_supply (none readable)"),
+        .power = or_(chosen_.power, "RAPL energy_uj / power_supply / NVML (none readable)"),
+        .devices = gpuSourceRows(),
     };
 }
 

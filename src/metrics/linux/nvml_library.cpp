@@ -21,9 +21,21 @@ using HandleFn = int (*)(unsigned int, NvmlDevice*);
 using TemperatureFn = int (*)(NvmlDevice, int, unsigned int*);
 using UtilizationFn = int (*)(NvmlDevice, NvmlUtilization*);
 using NameFn = int (*)(NvmlDevice, char*, unsigned int);
+using ThresholdFn = int (*)(NvmlDevice, int, unsigned int*);
+using ThrottleFn = int (*)(NvmlDevice, unsigned long long*);
+using PowerFn = int (*)(NvmlDevice, unsigned int*);
 
 constexpr int kSuccess = 0;
 constexpr int kGpuTemperature = 0;
+// nvmlTemperatureThresholds_t
+constexpr int kThresholdShutdown = 0;
+constexpr int kThresholdSlowdown = 1;
+constexpr int kThresholdMemoryMax = 2;
+constexpr int kThresholdGpuMax = 3;
+// nvmlClocksThrottleReasons bits
+constexpr unsigned long long kSwThermalSlowdown = 0x20ULL;
+constexpr unsigned long long kHwThermalSlowdown = 0x40ULL;
+constexpr unsigned long long kHwPowerBrake = 0x80ULL;
 
 template <typename Fn>
 Fn symbol(void* handle, const char* name) {
@@ -37,6 +49,9 @@ class NvmlLibrary final : public GpuVendorLibrary {
         temperature_ = symbol<TemperatureFn>(handle, "nvmlDeviceGetTemperature");
         utilization_ = symbol<UtilizationFn>(handle, "nvmlDeviceGetUtilizationRates");
         name_ = symbol<NameFn>(handle, "nvmlDeviceGetName");
+        threshold_ = symbol<ThresholdFn>(handle, "nvmlDeviceGetTemperatureThreshold");
+        throttle_ = symbol<ThrottleFn>(handle, "nvmlDeviceGetCurrentClocksThrottleReasons");
+        power_ = symbol<PowerFn>(handle, "nvmlDeviceGetPowerUsage");
     }
     ~NvmlLibrary() override {
         if (shutdown_) shutdown_();
@@ -52,7 +67,10 @@ class NvmlLibrary final : public GpuVendorLibrary {
         if (!count || !byIndex || count(&n) != kSuccess) return false;
         for (unsigned int i = 0; i < n; ++i) {
             NvmlDevice device = nullptr;
-            if (byIndex(i, &device) == kSuccess) devices_.push_back(device);
+            if (byIndex(i, &device) == kSuccess) {
+                devices_.push_back(device);
+                thresholds_.push_back(readThresholds(device));
+            }
         }
         return !devices_.empty();
     }
@@ -61,8 +79,10 @@ class NvmlLibrary final : public GpuVendorLibrary {
 
     std::vector<VendorGpu> read() override {
         std::vector<VendorGpu> gpus;
-        for (NvmlDevice device : devices_)
-            gpus.push_back(readDevice(device));
+        for (std::size_t i = 0; i < devices_.size(); ++i) {
+            gpus.push_back(readDevice(devices_[i]));
+            gpus.back().thresholds = thresholds_[i];
+        }
         return gpus;
     }
 
@@ -77,7 +97,26 @@ class NvmlLibrary final : public GpuVendorLibrary {
         }
         NvmlUtilization rates{};
         if (utilization_ && utilization_(device, &rates) == kSuccess) gpu.busyPercent = rates.gpu;
+        unsigned long long reasons = 0;
+        if (throttle_ && throttle_(device, &reasons) == kSuccess) {
+            gpu.throttle =
+                GpuThrottle{(reasons & kHwThermalSlowdown) != 0,
+                            (reasons & kSwThermalSlowdown) != 0, (reasons & kHwPowerBrake) != 0};
+        }
+        unsigned int milliwatts = 0;
+        if (power_ && power_(device, &milliwatts) == kSuccess) gpu.watts = milliwatts / 1000.0;
         return gpu;
+    }
+
+    // The firmware's thresholds do not change while the driver runs: read once per device.
+    GpuThresholds readThresholds(NvmlDevice device) const {
+        auto read = [&](int which) -> std::optional<double> {
+            unsigned int celsius = 0;
+            if (!threshold_ || threshold_(device, which, &celsius) != kSuccess) return std::nullopt;
+            return celsius;
+        };
+        return GpuThresholds{read(kThresholdSlowdown), read(kThresholdShutdown),
+                             read(kThresholdGpuMax), read(kThresholdMemoryMax)};
     }
 
     void* handle_;
@@ -85,13 +124,17 @@ class NvmlLibrary final : public GpuVendorLibrary {
     TemperatureFn temperature_ = nullptr;
     UtilizationFn utilization_ = nullptr;
     NameFn name_ = nullptr;
+    ThresholdFn threshold_ = nullptr;
+    ThrottleFn throttle_ = nullptr;
+    PowerFn power_ = nullptr;
     std::vector<NvmlDevice> devices_;
+    std::vector<GpuThresholds> thresholds_;
 };
 
 }  // namespace
 
-std::unique_ptr<GpuVendorLibrary> loadNvml() {
-    void* handle = dlopen("libnvidia-ml.so.1", RTLD_NOW | RTLD_LOCAL);
+std::unique_ptr<GpuVendorLibrary> loadNvml(const char* path) {
+    void* handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
     if (!handle) return nullptr;
     const auto init = symbol<InitFn>(handle, "nvmlInit_v2");
     if (!init || init() != kSuccess) {

@@ -40,8 +40,8 @@ ThermalState ThermalDeriver::levelOf(Source& source, double celsius) {
     return level;
 }
 
-ThermalState ThermalDeriver::update(std::span<const std::optional<double>> readings,
-                                    bool throttled) {
+ThermalState ThermalDeriver::update(std::span<const std::optional<double>> readings, bool throttled,
+                                    std::string_view throttledBy) {
     ThermalState state = ThermalState::nominal;
     usable_ = 0;
     driving_.clear();
@@ -62,7 +62,7 @@ ThermalState ThermalDeriver::update(std::span<const std::optional<double>> readi
     }
     if (throttled && above(ThermalState::serious, state)) {
         state = ThermalState::serious;
-        driving_ = "thermal_throttle";
+        driving_ = throttledBy;
     }
     // One glitching sample must never start a countdown.
     criticalStreak_ = state == ThermalState::critical ? criticalStreak_ + 1 : 0;

@@ -3,6 +3,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "metrics/linux/thermal_rules.hpp"
@@ -26,10 +27,13 @@ class ThermalDeriver {
     void setSources(std::vector<ThermalSourceDef> sourceDefs);
 
     /// One sample: `readings[i]` is source i's temperature (nothing when it could not be read);
-    /// `throttled` says whether the CPU throttle counters rose since the last sample.
-    ThermalState update(std::span<const std::optional<double>> readings, bool throttled);
+    /// `throttled` says whether the CPU throttle counters rose since the last sample or a
+    /// device reports thermal throttling; `throttledBy` names which, for `drivingSource`.
+    ThermalState update(std::span<const std::optional<double>> readings, bool throttled,
+                        std::string_view throttledBy = "thermal_throttle");
 
     std::size_t sourceCount() const { return sources_.size(); }
+    const ThermalSourceDef& sourceDef(std::size_t index) const { return sources_.at(index).def; }
     /// Sources whose reading counted in the last update.
     int usableSources() const { return usable_; }
     /// The source that set the last state ("" when nominal).
