@@ -2,6 +2,7 @@
 # Measures what the idle headless watchdog costs the machine: CPU share of one core, wake-ups
 # a second and resident memory, over IDLE_SECONDS (120 by default) after a short settling time.
 # Usage: bench/idle_cost.sh [path/to/velmora-heat-monitor]
+# IDLE_ARGS adds switches, e.g. IDLE_ARGS="--consent on" to measure with a settings file.
 # CPU time comes from the scheduler's nanosecond run times (/proc/PID/task/*/schedstat) where
 # the kernel keeps them, else from utime+stime in /proc/PID/stat (10 ms ticks). Wake-ups are
 # the voluntary and involuntary context switches of all its threads (/proc/PID/task/*/status):
@@ -16,7 +17,8 @@ settle=${IDLE_SETTLE_SECONDS:-5}
 data=$(mktemp -d)
 trap 'kill "$pid" 2>/dev/null || true; wait "$pid" 2>/dev/null || true; rm -rf "$data"' EXIT
 # Not a terminal, as under systemd: no status line is drawn.
-"$exe" --headless --mute --no-menu-item --data-dir "$data" >/dev/null 2>&1 &
+# shellcheck disable=SC2086  # IDLE_ARGS is a list of switches
+"$exe" --headless --mute --no-menu-item --data-dir "$data" ${IDLE_ARGS:-} >/dev/null 2>&1 &
 pid=$!
 sleep "$settle"
 kill -0 "$pid" 2>/dev/null || { echo "idle_cost: the watchdog exited early" >&2; exit 1; }
