@@ -44,29 +44,32 @@ void appendAscii(std::string& out, unsigned char byte) {
     }
 }
 
+struct SequenceStart {
+    std::size_t length = 0;
+    std::uint32_t bits = 0;     // the lead byte's share of the code point
+    std::uint32_t minimum = 0;  // smaller code points in this length would be overlong
+};
+
+SequenceStart startOf(unsigned char lead) {
+    if (lead >= 0xC2 && lead <= 0xDF) return {2, lead & 0x1FU, 0x80};
+    if (lead >= 0xE0 && lead <= 0xEF) return {3, lead & 0x0FU, 0x800};
+    if (lead >= 0xF0 && lead <= 0xF4) return {4, lead & 0x07U, 0x10000};
+    return {};
+}
+
 // Length of the well-formed UTF-8 sequence at the front of `text` and its code point; 0 when
 // the bytes there are not one (overlong, surrogate, past U+10FFFF, cut short).
 std::size_t sequenceAt(std::string_view text, std::uint32_t& code) {
-    const auto lead = static_cast<unsigned char>(text[0]);
-    std::size_t length = 0;
-    std::uint32_t minimum = 0;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2, code = lead & 0x1FU, minimum = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3, code = lead & 0x0FU, minimum = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4, code = lead & 0x07U, minimum = 0x10000;
-    } else {
-        return 0;
-    }
-    if (text.size() < length) return 0;
-    for (std::size_t i = 1; i < length; ++i) {
+    const auto start = startOf(static_cast<unsigned char>(text[0]));
+    if (start.length == 0 || text.size() < start.length) return 0;
+    code = start.bits;
+    for (std::size_t i = 1; i < start.length; ++i) {
         const auto next = static_cast<unsigned char>(text[i]);
         if ((next & 0xC0U) != 0x80U) return 0;
         code = (code << 6U) | (next & 0x3FU);
     }
-    if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
-    return length;
+    if (code < start.minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
+    return start.length;
 }
 
 bool breaksTheLine(std::uint32_t code) {
