@@ -16,6 +16,9 @@ namespace {
 constexpr const char* programName = "velmora-heat-monitor";
 
 int diagnose(const velmora::LaunchOptions& opts) {
+    const auto resources =
+        velmora::resourceReport(velmora::resourceDirectory(velmora::runningExecutable()));
+    std::fputs(resources.c_str(), stdout);
     auto collector = velmora::makePlatformCollector(opts);
     const auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
     std::fputs(report.c_str(), stdout);
