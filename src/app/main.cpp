@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <string>
 
+#include "app/gtk/desktop_run.hpp"
 #include "app/headless/headless_run.hpp"
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
@@ -56,10 +57,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
     }
     if (opts->diagnose) return diagnose(*opts);
+    const auto resources = resourceDirectory(runningExecutable());
     if (pickShell(*opts, env) == ShellKind::desktop) {
-        std::fprintf(stderr, "%s: this build has no desktop window yet; running headless\n",
-                     programName);
+        if (openDesktopDisplay()) {
+            auto parts = makePlatformParts(*opts, env, resources);
+            return runDesktop(std::move(*opts), std::move(parts), resources);
+        }
+        std::fprintf(stderr, "%s: cannot open the display; running headless\n", programName);
     }
-    auto parts = makePlatformParts(*opts, env, resourceDirectory(runningExecutable()));
+    auto parts = makePlatformParts(*opts, env, resources);
     return runHeadless(std::move(*opts), std::move(parts));
 }
