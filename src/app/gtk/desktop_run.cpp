@@ -120,6 +120,7 @@ void DesktopRun::start(GtkApplication* application) {
         .pageFinished = [&app](WebView view) { app.pageFinished(view); },
         .menu = [&app](MenuAction action) { app.menuAction(action); },
         .windowClosed = [&app] { app.windowClosed(); },
+        .heatItemActivated = [&app] { app.toggleMenuPopover(); },
     });
     if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) XSetIOErrorHandler(onDisplayLost);
     app.start();

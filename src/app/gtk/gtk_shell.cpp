@@ -21,6 +21,8 @@ GtkShell::GtkShell(GtkApplication* application, std::filesystem::path resources,
 }
 
 GtkShell::~GtkShell() {
+    heatItem_.reset();
+    popup_.reset();
     if (sheet_ != nullptr) gtk_widget_destroy(sheet_);
     mainView_.reset();
     if (window_ != nullptr) {
@@ -147,15 +149,15 @@ std::optional<std::filesystem::path> GtkShell::pageFile(std::string_view name) c
 
 void GtkShell::loadPage(WebView view, const std::filesystem::path& file,
                         const std::filesystem::path& readAccess) {
-    if (view == WebView::main && mainView_) mainView_->load(file, readAccess);
+    if (auto* page = pageView(view)) page->load(file, readAccess);
 }
 
 void GtkShell::setDocumentStartScript(WebView view, const std::string& source) {
-    if (view == WebView::main && mainView_) mainView_->setDocumentStartScript(source);
+    if (auto* page = pageView(view)) page->setDocumentStartScript(source);
 }
 
 void GtkShell::evaluate(WebView view, const std::string& script) {
-    if (view == WebView::main && mainView_) mainView_->evaluate(script);
+    if (auto* page = pageView(view)) page->evaluate(script);
 }
 
 void GtkShell::installMainMenu(const std::vector<Submenu>& menu) {
@@ -179,6 +181,7 @@ void GtkShell::setMenuItemChecked(MenuAction action, bool checked) {
     const auto pref = appearanceOf(action);
     if (!pref || !checked) return;  // a radio group: checking one unchecks the others
     showAppearanceChecked(G_ACTION_MAP(application_), *pref);
+    if (heatItem_) heatItem_->setAppearance(*pref);
 }
 
 void GtkShell::playSound(std::string_view name) {

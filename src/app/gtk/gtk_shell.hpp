@@ -11,7 +11,9 @@
 
 #include "actuators/sounder.hpp"
 #include "app/gtk/color_scheme.hpp"
+#include "app/gtk/heat_item.hpp"
 #include "app/gtk/page_view.hpp"
+#include "app/gtk/tray_popup.hpp"
 #include "app/shell.hpp"
 
 namespace velmora {
@@ -22,6 +24,8 @@ struct ShellEvents {
     std::function<void(WebView)> pageFinished;
     std::function<void(MenuAction)> menu;
     std::function<void()> windowClosed;
+    /// "Live readings…" of the tray item: the controller toggles the popup.
+    std::function<void()> heatItemActivated;
 };
 
 /// The desktop window on Linux: a GTK application window with a header bar and its menu,
@@ -60,15 +64,15 @@ class GtkShell final : public Shell {
     void installMainMenu(const std::vector<Submenu>& menu) override;
     void setMenuItemChecked(MenuAction action, bool checked) override;
 
-    // The tray item, its popup and the countdown item are not built yet: these accept the
-    // calls and show nothing, like a desktop without a tray.
-    void createHeatItem(const std::string&, const std::string&, Size) override {}
-    void setHeatItemTitle(const std::string&, HeatColor) override {}
-    bool popoverShown() const override { return false; }
-    void showPopover() override {}
-    void closePopover() override {}
-    void showCountdownItem(const std::string&, Rgb) override {}
-    void removeCountdownItem() override {}
+    // The tray item and its live-readings popup (gtk_shell_tray.cpp).
+    void createHeatItem(const std::string& title, const std::string& documentStartScript,
+                        Size popoverSize) override;
+    void setHeatItemTitle(const std::string& title, HeatColor color) override;
+    bool popoverShown() const override;
+    void showPopover() override;
+    void closePopover() override;
+    void showCountdownItem(const std::string& title, Rgb color) override;
+    void removeCountdownItem() override;
 
     void playSound(std::string_view name) override;
     void showSheet(const AlertSpec& alert) override;
@@ -82,11 +86,18 @@ class GtkShell final : public Shell {
     PageView* mainView() const { return mainView_.get(); }
     /// The dialog `showSheet` opened last, while it is open.
     GtkWidget* openSheet() const { return sheet_; }
+    /// The tray item and the popup; absent before `createHeatItem`.
+    HeatItem* heatItem() const { return heatItem_.get(); }
+    TrayPopup* popup() const { return popup_.get(); }
 
   private:
     static gboolean onDelete(GtkWidget* widget, GdkEvent* event, gpointer self);
     static void onSheetResponse(GtkDialog* dialog, gint response, gpointer self);
     void addMenuActions();
+    /// The main window's view or the popup's; absent while that view does not exist.
+    PageView* pageView(WebView view) const;
+    HeatItemActions heatItemActions();
+    bool switchStartAtLogin(bool on);
     void applyDarkPreference();
     /// The bottom-left-origin frame of GDK's top-left rectangle, against the monitor.
     Rect fromGdk(const GdkRectangle& area) const;
@@ -105,6 +116,8 @@ class GtkShell final : public Shell {
     AppearancePref appearance_ = AppearancePref::autoTheme;
     std::unique_ptr<ColorSchemeWatch> scheme_;
     mutable std::set<std::string> missingPages_;
+    std::unique_ptr<TrayPopup> popup_;
+    std::unique_ptr<HeatItem> heatItem_;
 };
 
 }  // namespace velmora
