@@ -11,6 +11,17 @@ const std::string pageScript = "location.pathname.split('/').pop()";
 
 using DesktopWindow = DesktopCase;
 
+/// Waits for the web view to take that size; says what it has otherwise.
+::testing::AssertionResult hasContentSize(DesktopDriver& d, int width, int height) {
+    if (d.waitUntil([&] { return d.contentSize() == std::pair{width, height}; }, 5)) {
+        return ::testing::AssertionSuccess();
+    }
+    const auto frame = d.session.shell.windowFrame();
+    return ::testing::AssertionFailure()
+           << "content " << d.contentSize().first << "x" << d.contentSize().second << ", frame "
+           << frame.x << "," << frame.y << " " << frame.width << "x" << frame.height;
+}
+
 /// Pictures of the page as it is now, light then dark, for a reviewer to look at; the
 /// appearance is light again afterwards.
 void shootBoth(DesktopDriver& d, const std::string& mode) {
@@ -69,7 +80,7 @@ TEST_F(DesktopWindow, CriticalStateWithConsentCountsDownAndCallsTheDryRunShutdow
         ASSERT_TRUE(d.waitForJs(modeScript, "count", 15));
         EXPECT_TRUE(d.waitUntil(
             [&] { return d.session.shell.windowTitle().starts_with("EMERGENCY · "); }, 5));
-        EXPECT_TRUE(d.waitUntil([&] { return d.contentSize() == std::pair{380, 500}; }, 5));
+        EXPECT_TRUE(hasContentSize(d, 380, 500));
         shootBoth(d, "count");
         EXPECT_TRUE(d.waitForLog("shutdown: DRY-RUN: would run", 20));
         EXPECT_EQ(d.countLog("ui: mode home -> count"), 1);
@@ -140,7 +151,7 @@ TEST_F(DesktopWindow, ControlTStartsTheSimulation) {
     run({"--consent", "on"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         d.pressControl(GDK_KEY_t);
-        EXPECT_TRUE(d.waitForLog("stage-c SIMULATION started", 5));
+        EXPECT_TRUE(d.waitForLog("stage-c: SIMULATION started", 5));
         EXPECT_TRUE(d.session.app.engine->simActive());
         EXPECT_TRUE(d.waitForJs(modeScript, "lead", 10));
         shootBoth(d, "lead");
@@ -152,7 +163,7 @@ TEST_F(DesktopWindow, KeyboardDrivesExpandSettingsAndCollapse) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         d.pressControl(GDK_KEY_e);
         EXPECT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
-        EXPECT_TRUE(d.waitUntil([&] { return d.contentSize() == std::pair{380, 500}; }, 5));
+        EXPECT_TRUE(hasContentSize(d, 380, 500));
         shootBoth(d, "expanded");
         d.pressControl(GDK_KEY_comma);
         EXPECT_TRUE(d.waitForJs(modeScript, "settings", 10));
@@ -161,7 +172,7 @@ TEST_F(DesktopWindow, KeyboardDrivesExpandSettingsAndCollapse) {
         EXPECT_TRUE(d.waitForLog("ui: mode settings -> home", 5));
         d.pressControl(GDK_KEY_w);
         EXPECT_TRUE(d.waitForJs(pageScript, "index.html", 10));
-        EXPECT_TRUE(d.waitUntil([&] { return d.contentSize() == std::pair{320, 188}; }, 5));
+        EXPECT_TRUE(hasContentSize(d, 320, 188));
     });
 }
 
@@ -227,7 +238,7 @@ TEST_F(DesktopWindow, ClosingTheWindowEndsTheRunWithStatusZero) {
     const int status = run({"--consent", "on"}, [&closed](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         gtk_window_close(d.session.shell.window());
-        closed = true;
+        closed = d.waitForLog("ui: main window closed", 5);
     });
     EXPECT_TRUE(closed);
     EXPECT_EQ(status, 0);

@@ -48,6 +48,7 @@ void GtkShell::createMainWindow(const std::string& title, Size contentSize) {
                                 if (events_.pageFinished) events_.pageFinished(WebView::main);
                             }});
     gtk_container_add(GTK_CONTAINER(window_), mainView_->widget());
+    content_ = contentSize;
     const auto frame = frameSizeForContent(contentSize);
     gtk_window_set_default_size(window_, static_cast<int>(frame.width),
                                 static_cast<int>(frame.height));
@@ -94,8 +95,19 @@ Rect GtkShell::windowFrame() const {
     if (window_ == nullptr) return {};
     GdkRectangle area{0, 0, 0, 0};
     gtk_window_get_position(window_, &area.x, &area.y);
-    gtk_window_get_size(window_, &area.width, &area.height);
+    const auto frame = frameSizeForContent(content_);
+    area.width = static_cast<int>(frame.width);
+    area.height = static_cast<int>(frame.height);
     return fromGdk(area);
+}
+
+void GtkShell::resizeContent(Size content) {
+    content_ = content;
+    // GTK 3 counts the header bar in a size asked for before the window is mapped, and only
+    // the content afterwards.
+    const auto size =
+        gtk_widget_get_mapped(GTK_WIDGET(window_)) ? content : frameSizeForContent(content);
+    gtk_window_resize(window_, static_cast<int>(size.width), static_cast<int>(size.height));
 }
 
 Size GtkShell::frameSizeForContent(Size content) const {
@@ -114,7 +126,8 @@ std::optional<Rect> GtkShell::visibleScreenFrame() const {
 void GtkShell::setWindowFrame(const Rect& frame, bool /*animate*/) {
     if (window_ == nullptr) return;
     // GTK 3 has no animated resize; the change is immediate.
-    gtk_window_resize(window_, static_cast<int>(frame.width), static_cast<int>(frame.height));
+    const auto extra = decoration();
+    resizeContent(Size{frame.width - extra.width, frame.height - extra.height});
     if (!GDK_IS_X11_DISPLAY(gdk_display_get_default())) return;  // Wayland places windows itself
     GdkRectangle screen{0, 0, 0, 0};
     if (auto* found = monitor()) gdk_monitor_get_geometry(found, &screen);
@@ -124,8 +137,7 @@ void GtkShell::setWindowFrame(const Rect& frame, bool /*animate*/) {
 
 void GtkShell::showMainWindow(Size contentSize) {
     if (window_ == nullptr) return;
-    const auto frame = frameSizeForContent(contentSize);
-    gtk_window_resize(window_, static_cast<int>(frame.width), static_cast<int>(frame.height));
+    resizeContent(contentSize);
     gtk_window_set_position(window_, GTK_WIN_POS_CENTER);
     gtk_widget_show_all(GTK_WIDGET(window_));
     gtk_window_present(window_);

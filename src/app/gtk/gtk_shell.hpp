@@ -103,6 +103,7 @@ class GtkShell final : public Shell {
     Rect fromGdk(const GdkRectangle& area) const;
     GdkMonitor* monitor() const;
     Size decoration() const;
+    void resizeContent(Size content);
 
     GtkApplication* application_;
     std::filesystem::path resources_;
@@ -111,6 +112,8 @@ class GtkShell final : public Shell {
     ShellEvents events_;
     GtkWindow* window_ = nullptr;
     GtkWidget* header_ = nullptr;
+    /// The content size last asked for; the window follows it once the display agrees.
+    Size content_;
     std::unique_ptr<PageView> mainView_;
     GtkWidget* sheet_ = nullptr;
     AppearancePref appearance_ = AppearancePref::autoTheme;

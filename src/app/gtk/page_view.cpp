@@ -47,10 +47,15 @@ std::optional<std::string> sandboxProblem() {
 }  // namespace
 
 std::optional<std::string> prepareWebContext(const std::filesystem::path& resources) {
+    // The context outlives a run; WebKit refuses a second set-up once a web process exists.
+    static std::optional<std::optional<std::string>> prepared;
+    if (prepared) return *prepared;
     auto* context = webkit_web_context_get_default();
     if (const auto problem = sandboxProblem()) {
-        return "ui: web sandbox not available (" + *problem + "); pages run without it";
+        prepared = "ui: web sandbox not available (" + *problem + "); pages run without it";
+        return *prepared;
     }
+    prepared = std::optional<std::string>();
     webkit_web_context_set_sandbox_enabled(context, TRUE);
     std::error_code error;
     const auto pages = std::filesystem::weakly_canonical(resources, error);
