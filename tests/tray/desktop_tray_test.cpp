@@ -299,6 +299,18 @@ TEST_F(DesktopTray, WithoutATrayHostTheLogSaysSoOnceAndTheWindowWorks) {
     });
 }
 
+TEST_F(DesktopTray, NoMenuItemMeansNoTrayItem) {
+    startWatcher();
+    run({"--consent", "on", "--no-menu-item"}, [&](DesktopDriver& d) {
+        EXPECT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        d.pause(2);
+        EXPECT_TRUE(test::whilePumping([&] { return client.registeredItems(); }).empty());
+        EXPECT_EQ(d.session.shell.heatItem(), nullptr);
+        EXPECT_FALSE(d.session.shell.popoverShown());
+        EXPECT_EQ(d.countLog("ui: no tray host"), 0);
+    });
+}
+
 TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOnEscape) {
     startWatcher();
     run({"--consent", "on"}, [&](DesktopDriver& d) {
