@@ -175,6 +175,10 @@ TEST_F(DesktopTray, TheItemRegistersAndItsLabelAndIconFollowTheCpuTemperature) {
         EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
         // The build tree's own icons, for a panel whose theme does not have them installed.
         EXPECT_EQ(props.iconThemePath, std::string(VELMORA_TEST_RESOURCES) + "/icons");
+        // The same folder gives the window and the popup their icons.
+        auto* theme = gtk_icon_theme_get_default();
+        EXPECT_TRUE(gtk_icon_theme_has_icon(theme, "org.velmora.heat-monitor"));
+        EXPECT_TRUE(gtk_icon_theme_has_icon(theme, "org.velmora.heat-monitor-alarm-symbolic"));
 
         setCpuTemperature(90);  // past the sensor's critical limit less 15 °C: fair
         props = propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "WARM · 90°"; });

@@ -18,6 +18,7 @@ GtkShell::GtkShell(GtkApplication* application, std::filesystem::path resources,
     scheme_ = std::make_unique<ColorSchemeWatch>([this](bool /*dark*/) {
         if (appearance_ == AppearancePref::autoTheme) applyDarkPreference();
     });
+    addOwnIcons();
 }
 
 GtkShell::~GtkShell() {

@@ -96,6 +96,8 @@ class GtkShell final : public Shell {
     void addMenuActions();
     /// The main window's view or the popup's; absent while that view does not exist.
     PageView* pageView(WebView view) const;
+    /// Lets GTK find the application's icons where the system's theme may not have them.
+    void addOwnIcons() const;
     HeatItemActions heatItemActions();
     bool switchStartAtLogin(bool on);
     void applyDarkPreference();

@@ -13,6 +13,14 @@ PageView* GtkShell::pageView(WebView view) const {
     return popup_ ? &popup_->view() : nullptr;
 }
 
+void GtkShell::addOwnIcons() const {
+    const auto icons = iconSearchPath(resources_);
+    auto* theme = gtk_icon_theme_get_default();
+    if (!icons.empty() && theme != nullptr) {
+        gtk_icon_theme_append_search_path(theme, icons.c_str());
+    }
+}
+
 void GtkShell::createHeatItem(const std::string& title, const std::string& documentStartScript,
                               Size popoverSize) {
     if (heatItem_) return;
