@@ -224,7 +224,8 @@ TEST_F(DesktopWindow, AKilledWebProcessIsLoggedAndThePageComesBack) {
     run({"--consent", "on"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         webkit_web_view_terminate_web_process(d.session.shell.mainView()->webView());
-        EXPECT_TRUE(d.waitForLog("ui: the main view's web process was ended; reloading the page", 5));
+        EXPECT_TRUE(
+            d.waitForLog("ui: the main view's web process was ended; reloading the page", 5));
         EXPECT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         // The watchdog never waited for the page: the live samples went on.
         const auto samples = d.countLog("live: thermal=");
@@ -236,6 +237,27 @@ TEST_F(DesktopWindow, AKilledWebProcessIsLoggedAndThePageComesBack) {
             },
             10));
     });
+}
+
+TEST_F(DesktopWindow, AMissingPageFileLeavesTheViewEmptyAndIsLoggedOnce) {
+    const auto copy = dir / "resources";
+    std::filesystem::copy(resources, copy, std::filesystem::copy_options::recursive);
+    std::filesystem::remove(copy / "index.html");
+    resources = copy;
+    const int status = run({"--consent", "on"}, [](DesktopDriver& d) {
+        d.pause(2.5);  // the first pushes and two live samples ask for the page again
+        EXPECT_EQ(d.countLog("ui: page file missing: "), 1);
+        EXPECT_EQ(d.countLog(
+                      "ui: page file missing: " +
+                      (d.session.app.opts.dataDir.parent_path() / "resources/index.html").string()),
+                  1);
+        EXPECT_FALSE(d.session.shell.mainView()->currentURI().has_value());
+        EXPECT_TRUE(d.session.shell.windowVisible());
+        // Another page is still there and loads.
+        d.pressControl(GDK_KEY_e);
+        EXPECT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+    });
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(DesktopWindow, StageChangesAreAnnouncedToScreenReaders) {
