@@ -27,7 +27,8 @@ build: configure
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
-# Without a display this is the headless watchdog; ARGS adds switches, e.g.
+# On a desktop this opens the window, without a display it is the headless watchdog; ARGS
+# adds switches, e.g.
 # make run ARGS="--dry-run-shutdown --test-emergency"
 run: build
 	$(EXE) $(ARGS)

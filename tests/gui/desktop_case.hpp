@@ -52,7 +52,6 @@ class DesktopCase : public ::testing::Test {
         auto opts = LaunchOptions::parse(all, env);
         EXPECT_TRUE(opts.has_value());
         if (!opts) return -1;
-        const std::filesystem::path resources(VELMORA_TEST_RESOURCES);
         auto parts = makePlatformParts(*opts, env, resources);
         DesktopHooks hooks;
         hooks.applicationId = "org.velmora.heat-monitor.test" + std::to_string(::getpid());
@@ -71,6 +70,8 @@ class DesktopCase : public ::testing::Test {
 
     std::filesystem::path dir;
     std::filesystem::path data;
+    /// The pages and sounds the run uses: the build's own unless a test changes them.
+    std::filesystem::path resources{VELMORA_TEST_RESOURCES};
 };
 
 }  // namespace velmora::testing

@@ -201,6 +201,65 @@ TEST_F(DesktopWindow, AppearanceDarkReachesThePageAndTheMenuCheck) {
     });
 }
 
+TEST_F(DesktopWindow, AutoAppearanceFollowsTheDesktopThemeLive) {
+    run({"--consent", "on"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        d.chooseAppearance("auto");
+        auto* settings = gtk_settings_get_default();
+        g_object_set(settings, "gtk-theme-name", "Adwaita-dark", nullptr);
+        gboolean preferDark = FALSE;
+        EXPECT_TRUE(d.waitUntil(
+            [&] {
+                g_object_get(settings, "gtk-application-prefer-dark-theme", &preferDark, nullptr);
+                return preferDark == TRUE;
+            },
+            5));
+        EXPECT_TRUE(d.waitForJs(themeScript, "dark", 5));
+        g_object_set(settings, "gtk-theme-name", "Adwaita", nullptr);
+        EXPECT_TRUE(d.waitForJs(themeScript, "light", 5));
+    });
+}
+
+TEST_F(DesktopWindow, AKilledWebProcessIsLoggedAndThePageComesBack) {
+    run({"--consent", "on"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        webkit_web_view_terminate_web_process(d.session.shell.mainView()->webView());
+        EXPECT_TRUE(
+            d.waitForLog("ui: the main view's web process was ended; reloading the page", 5));
+        EXPECT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        // The watchdog never waited for the page: the live samples went on.
+        const auto samples = d.countLog("live: thermal=");
+        EXPECT_GE(samples, 1);
+        EXPECT_TRUE(d.waitUntil(
+            [&] {
+                const auto text = d.js("document.getElementById('cpu-temp').textContent");
+                return text && text->find("°") != std::string::npos;
+            },
+            10));
+    });
+}
+
+TEST_F(DesktopWindow, AMissingPageFileLeavesTheViewEmptyAndIsLoggedOnce) {
+    const auto copy = dir / "resources";
+    std::filesystem::copy(resources, copy, std::filesystem::copy_options::recursive);
+    std::filesystem::remove(copy / "index.html");
+    resources = copy;
+    const int status = run({"--consent", "on"}, [](DesktopDriver& d) {
+        d.pause(2.5);  // the first pushes and two live samples ask for the page again
+        EXPECT_EQ(d.countLog("ui: page file missing: "), 1);
+        EXPECT_EQ(d.countLog(
+                      "ui: page file missing: " +
+                      (d.session.app.opts.dataDir.parent_path() / "resources/index.html").string()),
+                  1);
+        EXPECT_FALSE(d.session.shell.mainView()->currentURI().has_value());
+        EXPECT_TRUE(d.session.shell.windowVisible());
+        // Another page is still there and loads.
+        d.pressControl(GDK_KEY_e);
+        EXPECT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+    });
+    EXPECT_EQ(status, 0);
+}
+
 TEST_F(DesktopWindow, StageChangesAreAnnouncedToScreenReaders) {
     run({"--consent", "on", "--force-thermal", "serious"}, [](DesktopDriver& d) {
         // The first announcement came during start-up; a new stage speaks again.
