@@ -3,14 +3,16 @@ BUILD    ?= build
 SANITIZE ?= OFF
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
 # Where `make install` puts things. /usr, as a distribution package would, because the Linux
-# texts point at the polkit rule example under /usr/share/doc.
+# texts point at the polkit rule example under /usr/share/doc. DESTDIR stages the whole tree
+# under another root (for packaging); `make uninstall` removes what the last install put down.
 PREFIX   ?= /usr
+DESTDIR  ?=
 EXE       = $(BUILD)/velmora-heat-monitor
 # `make fuzz`: how long each fuzzer runs, and where the clang build goes.
 FUZZ_SECONDS ?= 30
 FUZZ_BUILD   ?= build-fuzz
 
-.PHONY: deps configure build test run install bench fuzz format tidy clean
+.PHONY: deps configure build test run install uninstall bench fuzz format tidy clean
 
 deps:
 	@scripts/install-deps
@@ -25,13 +27,17 @@ build: configure
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
-# Without a display this is the headless watchdog; ARGS adds switches, e.g.
+# On a desktop this opens the window, without a display it is the headless watchdog; ARGS
+# adds switches, e.g.
 # make run ARGS="--dry-run-shutdown --test-emergency"
 run: build
 	$(EXE) $(ARGS)
 
 install: build
-	cmake --install $(BUILD)
+	DESTDIR="$(DESTDIR)" cmake --install $(BUILD)
+
+uninstall:
+	DESTDIR="$(DESTDIR)" cmake --build $(BUILD) --target uninstall
 
 bench: deps
 	cmake -S . -B $(BUILD)-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_BENCH=ON

@@ -85,6 +85,8 @@ class AppController {
     void pageFinished(WebView view);
     void menuAction(MenuAction action);
     void toggleMenuPopover();
+    /// The user closed the main window: the application ends, as with Quit.
+    void windowClosed();
 
     // Timer bodies, also called after page commands.
     void tick();

@@ -118,7 +118,12 @@ void AppController::startEmergencyOrProbe() {
 void AppController::presentFirstTick() {
     const auto view = engine->tick(loop_.now());
     ui.liveStage = liveStageOf(view);
-    ui.mode = pickMode(view, ui.wantSettings);
+    const auto first = pickMode(view, ui.wantSettings);
+    // The log tells the first page as it tells every later change.
+    if (first != ui.mode) {
+        log("ui: mode " + std::string(modeName(ui.mode)) + " -> " + std::string(modeName(first)));
+    }
+    ui.mode = first;
     handleStageChange(false);
     if (ui.mode != UIMode::home) {
         loadPage("stagec");
@@ -137,6 +142,11 @@ void AppController::startTimers() {
 
 void AppController::willTerminate() const {
     log("---- quit");
+}
+
+void AppController::windowClosed() {
+    log("ui: main window closed");
+    shell_.terminate();
 }
 
 void AppController::log(const std::string& line) const {

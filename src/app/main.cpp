@@ -7,6 +7,7 @@
 
 #include "app/command_line.hpp"
 #include "app/data_dir_check.hpp"
+#include "app/gtk/desktop_run.hpp"
 #include "app/headless/headless_run.hpp"
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
@@ -21,6 +22,9 @@ namespace {
 constexpr const char* programName = "velmora-heat-monitor";
 
 int diagnose(const velmora::LaunchOptions& opts) {
+    const auto resources =
+        velmora::resourceReport(velmora::resourceDirectory(velmora::runningExecutable()));
+    std::fputs(resources.c_str(), stdout);
     auto collector = velmora::makePlatformCollector(opts);
     // The collector read the counters once; a second reading a moment later gives real loads.
     std::this_thread::sleep_for(std::chrono::milliseconds(250));
@@ -72,10 +76,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, refusal->c_str());
         return 1;
     }
+    const auto resources = resourceDirectory(runningExecutable());
     if (pickShell(*opts, env) == ShellKind::desktop) {
-        std::fprintf(stderr, "%s: this build has no desktop window yet; running headless\n",
-                     programName);
+        if (openDesktopDisplay()) {
+            auto parts = makePlatformParts(*opts, env, resources);
+            return runDesktop(std::move(*opts), std::move(parts), resources);
+        }
+        std::fprintf(stderr, "%s: cannot open the display; running headless\n", programName);
     }
-    auto parts = makePlatformParts(*opts, env, resourceDirectory(runningExecutable()));
+    auto parts = makePlatformParts(*opts, env, resources);
     return runHeadless(std::move(*opts), std::move(parts));
 }

@@ -212,6 +212,34 @@ TEST(AppStartup, MarkerFromThePreviousRunShowsRelief) {
     auto& app = h.launch();
     EXPECT_EQ(app.ui.mode, UIMode::relief);
     EXPECT_FALSE(std::filesystem::exists(h.dir / "auto-shutdown.marker"));
+    EXPECT_EQ(h.countLines("ui: mode home -> relief"), 1);
+}
+
+TEST(AppStartup, FirstStagePageIsLoggedAsAModeChange) {
+    AppHarness h;
+    h.launch();
+    EXPECT_EQ(h.countLines("ui: mode home -> consent"), 1);
+}
+
+TEST(AppStartup, TestEmergencyLogsItsFirstModeChange) {
+    AppHarness h;
+    h.launch({"--test-emergency"});
+    EXPECT_EQ(h.countLines("ui: mode home -> lead"), 1);
+}
+
+TEST(AppStartup, StartingOnTheHomePageLogsNoModeChange) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    EXPECT_EQ(h.countLines("ui: mode "), 0);
+}
+
+TEST(AppStartup, ClosingTheWindowEndsTheApplication) {
+    AppHarness h;
+    h.launch();
+    h.app->windowClosed();
+    EXPECT_TRUE(h.shell.terminated);
+    EXPECT_TRUE(h.logged("ui: main window closed"));
 }
 
 TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {

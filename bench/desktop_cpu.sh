@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# CPU and memory of the desktop application with its WebKit processes, on a virtual display:
+#   bench/desktop_cpu.sh [path to velmora-heat-monitor] [seconds]
+# Measures the home page for SECONDS (default 60) and a forced emergency from the start of
+# its countdown (the countdown's own 10 s, then the rest of SECONDS), summing user+system
+# time of the application and every process below it (WebKit's web and network processes,
+# their sandbox) from /proc; memory is the summed PSS and RSS at the end of each window.
+# Targets: <= 0.5 % of one core on the home page, <= 2 % during a countdown.
+set -euo pipefail
+EXE=${1:-build/velmora-heat-monitor}
+SECONDS_WANTED=${2:-60}
+EXE=$(realpath "$EXE")
+if [[ -z "${VELMORA_BENCH_INNER:-}" ]]; then
+  export VELMORA_BENCH_INNER=1
+  exec xvfb-run -a -s "-screen 0 1280x800x24 -nolisten tcp" dbus-run-session -- bash "$0" "$EXE" "$SECONDS_WANTED"
+fi
+export WEBKIT_DISABLE_COMPOSITING_MODE=1 LIBGL_ALWAYS_SOFTWARE=1 NO_AT_BRIDGE=1
+WORK=$(mktemp -d "${TMPDIR:-/tmp}/velmora-bench.XXXXXX")
+export HOME="$WORK" XDG_CONFIG_HOME="$WORK/config"
+: "${VELMORA_ROOT:=$(dirname "$0")/../tests/fixtures/linux/intel_laptop}"
+export VELMORA_ROOT=$(realpath "$VELMORA_ROOT")
+PID=""
+trap '[[ -n "$PID" ]] && kill -TERM "$PID" 2>/dev/null; sleep 1; rm -rf "$WORK"' EXIT
+HZ=$(getconf CLK_TCK)
+
+# The process and all its descendants.
+tree() {
+  local pids=("$1") i=0 child
+  while ((i < ${#pids[@]})); do
+    for child in $(cat /proc/"${pids[$i]}"/task/*/children 2>/dev/null); do pids+=("$child"); done
+    i=$((i + 1))
+  done
+  echo "${pids[@]}"
+}
+# utime + stime in clock ticks, summed over the tree (children that already ended included
+# through cutime/cstime of their parents).
+ticks() {
+  local total=0 p fields
+  for p in $(tree "$1"); do
+    fields=$(sed 's/.*) //' /proc/"$p"/stat 2>/dev/null) || continue
+    set -- $fields
+    total=$((total + ${12} + ${13} + ${14} + ${15}))
+  done
+  echo "$total"
+}
+memory() {
+  local pss=0 rss=0 p v
+  for p in $(tree "$1"); do
+    v=$(awk '/^Pss:/ {print $2}' /proc/"$p"/smaps_rollup 2>/dev/null || echo 0); pss=$((pss + ${v:-0}))
+    v=$(awk '/^VmRSS:/ {print $2}' /proc/"$p"/status 2>/dev/null || echo 0); rss=$((rss + ${v:-0}))
+  done
+  echo "PSS $((pss / 1024)) MiB, RSS $((rss / 1024)) MiB over $(tree "$1" | wc -w) processes"
+}
+measure() {
+  local label=$1 seconds=$2 before after
+  before=$(ticks "$PID")
+  sleep "$seconds"
+  after=$(ticks "$PID")
+  awk -v t=$((after - before)) -v hz="$HZ" -v s="$seconds" -v l="$label" \
+    'BEGIN { printf "%-34s %6.2f %% of one core over %d s\n", l, 100 * t / hz / s, s }'
+}
+wait_log() {
+  local deadline=$((SECONDS + 30))
+  until grep -q -F -- "$1" "$WORK/data/heat.log" 2>/dev/null; do
+    ((SECONDS < deadline)) || { echo "no '$1' in the log" >&2; exit 1; }
+    sleep 0.05
+  done
+}
+
+"$EXE" --data-dir "$WORK/data" --dry-run-shutdown --mute --consent on >/dev/null 2>&1 &
+PID=$!
+wait_log "live: thermal="
+sleep 5  # page loaded, first pushes done
+measure "home page" "$SECONDS_WANTED"
+echo "home page memory: $(memory "$PID")"
+kill -TERM "$PID"; wait "$PID" || true; PID=""
+
+rm -rf "$WORK/data"
+"$EXE" --data-dir "$WORK/data" --dry-run-shutdown --mute --consent on --force-thermal critical \
+  >/dev/null 2>&1 &
+PID=$!
+wait_log "stage-c: event countdown-start"
+measure "countdown (10 s)" 9
+echo "countdown memory: $(memory "$PID")"
+measure "after the countdown fired" $((SECONDS_WANTED > 10 ? SECONDS_WANTED - 10 : 1))
+kill -TERM "$PID"; wait "$PID" || true; PID=""

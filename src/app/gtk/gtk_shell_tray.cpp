@@ -1,0 +1,109 @@
+// The GTK shell's tray item, its live-readings popup and the countdown shown in the panel.
+#include <utility>
+
+#include "app/gtk/gtk_shell.hpp"
+#include "app/linux/autostart.hpp"
+#include "app/menu_model.hpp"
+#include "app/resource_dirs.hpp"
+
+namespace velmora {
+
+PageView* GtkShell::pageView(WebView view) const {
+    if (view == WebView::main) return mainView_.get();
+    return popup_ ? &popup_->view() : nullptr;
+}
+
+void GtkShell::addOwnIcons() const {
+    const auto icons = iconSearchPath(resources_);
+    auto* theme = gtk_icon_theme_get_default();
+    if (!icons.empty() && theme != nullptr) {
+        gtk_icon_theme_append_search_path(theme, icons.c_str());
+    }
+}
+
+void GtkShell::createHeatItem(const std::string& title, const std::string& documentStartScript,
+                              Size popoverSize) {
+    if (heatItem_) return;
+    popup_ =
+        std::make_unique<TrayPopup>(popoverSize, resources_, log_,
+                                    PageView::Callbacks{[this](PageMessage message) {
+                                                            if (events_.message)
+                                                                events_.message(std::move(message));
+                                                        },
+                                                        [this] {
+                                                            if (events_.pageFinished)
+                                                                events_.pageFinished(WebView::menu);
+                                                        }});
+    // Installed once: later theme changes reach the popup through the theme call.
+    popup_->view().setDocumentStartScript(documentStartScript);
+    heatItem_ = std::make_unique<HeatItem>(title, iconSearchPath(resources_), heatItemActions());
+    heatItem_->setAppearance(appearance_);
+    const auto entry = autostartEntryPath(PlatformEnvironment::current());
+    heatItem_->setStartAtLogin(entry && autostartEnabled(*entry));
+}
+
+HeatItemActions GtkShell::heatItemActions() {
+    HeatItemActions actions;
+    const auto menu = [this](MenuAction action) {
+        return [this, action] {
+            if (events_.menu) events_.menu(action);
+        };
+    };
+    actions.liveReadings = [this] {
+        if (!popoverShown() && events_.heatItemActivated) events_.heatItemActivated();
+    };
+    actions.openWindow = [this] {
+        if (window_ != nullptr) gtk_window_present(window_);
+    };
+    actions.testEmergency = menu(MenuAction::testEmergency);
+    actions.chooseAppearance = [this](AppearancePref pref) {
+        if (events_.menu) events_.menu(appearanceAction(pref));
+    };
+    actions.startAtLogin = [this](bool on) { return switchStartAtLogin(on); };
+    actions.quit = menu(MenuAction::quit);
+    actions.log = log_;
+    return actions;
+}
+
+bool GtkShell::switchStartAtLogin(bool on) {
+    const auto entry = autostartEntryPath(PlatformEnvironment::current());
+    if (!entry) {
+        log_("ui: cannot start at login: neither XDG_CONFIG_HOME nor HOME is set");
+        return false;
+    }
+    const auto problem =
+        on ? enableAutostart(*entry, runningExecutable()) : disableAutostart(*entry);
+    if (problem) {
+        log_("ui: start at login not changed: " + *problem);
+    } else {
+        log_(std::string("ui: start at login ") + (on ? "on" : "off"));
+    }
+    return autostartEnabled(*entry);
+}
+
+void GtkShell::setHeatItemTitle(const std::string& title, HeatColor color) {
+    if (heatItem_) heatItem_->setTitle(title, color);
+}
+
+bool GtkShell::popoverShown() const {
+    return popup_ && popup_->shown();
+}
+
+void GtkShell::showPopover() {
+    if (popup_) popup_->show();
+}
+
+void GtkShell::closePopover() {
+    if (popup_) popup_->close();
+}
+
+void GtkShell::showCountdownItem(const std::string& title, Rgb /*color*/) {
+    // A panel label has no colour: the attention status and the alarm icon mark it instead.
+    if (heatItem_) heatItem_->showCountdown(title);
+}
+
+void GtkShell::removeCountdownItem() {
+    if (heatItem_) heatItem_->endCountdown();
+}
+
+}  // namespace velmora
