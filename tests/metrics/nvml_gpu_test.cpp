@@ -211,7 +211,8 @@ TEST_F(FakeNvml, FailingCallsLeaveTheirFiguresAbsentNeverZero) {
     EXPECT_FALSE(failed.gpuTemp);
     EXPECT_TRUE(failed.sensors.empty());
     EXPECT_FALSE(failed.power);
-    const DeviceSource& row = backend->sources().devices.at(0);
+    const MetricSources sources = backend->sources();
+    const DeviceSource& row = sources.devices.at(0);
     EXPECT_FALSE(row.value);
     EXPECT_NE(row.source.find("throttle: unknown"), std::string::npos);
 }
