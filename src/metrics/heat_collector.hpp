@@ -34,6 +34,8 @@ class HeatCollector {
     std::optional<ThermalState> currentThermal(Timestamp now) const;
 
     std::string sensorSummary();
+    void assumeThermal(ThermalState previous) { backend_->assumeThermal(previous); }
+    std::vector<std::string> takeNotices() { return backend_->takeNotices(); }
     std::vector<SourceRow> sourceTable() const;
 
     const std::optional<LiveInputs>& last() const { return last_; }

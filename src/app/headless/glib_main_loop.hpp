@@ -26,7 +26,8 @@ class GlibMainLoop final : public MainLoop {
     TimerId postAfter(double seconds, std::function<void()> work) override;
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
-    Timestamp now() const override;
+    MonoTime now() const override;
+    Timestamp wallNow() const override;
     /// Background work may finish after the loop is gone (a detached probe at quit): its
     /// completion is then dropped instead of reaching a destroyed loop.
     Post poster() override;

@@ -102,7 +102,22 @@ ThermalState LinuxBackend::deriveThermal() {
     for (const ThermalSlot& slot : thermalSlots_) {
         thermalReadings_.push_back(slot.zone ? zoneValues_[slot.index] : hwmonValues_[slot.index]);
     }
-    return deriver_.update(thermalReadings_, throttleRose());
+    const ThermalState state = deriver_.update(thermalReadings_, throttleRose());
+    noteStale();
+    return state;
+}
+
+// Once per source, so that a sensor that fails now and then does not fill the log.
+void LinuxBackend::noteStale() {
+    for (const std::string& id : deriver_.staleIds()) {
+        if (!notedStale_.insert(id).second) continue;
+        const auto held = deriver_.lastPlausible(id);
+        notices_.push_back("live: " + id + " did not read a plausible value; its last value" +
+                           (held ? " (" + std::to_string(static_cast<int>(*held)) + " C)" : "") +
+                           " and state are held, stale, for up to " +
+                           std::to_string(ThermalDeriver::holdSamples) +
+                           " samples (logged once per sensor)");
+    }
 }
 
 bool LinuxBackend::throttleRose() {
