@@ -104,14 +104,13 @@ std::vector<std::size_t> keepOrder(const std::vector<Candidate>& found,
 }
 
 void addTemp(HwmonInventory& inventory, HwmonChip& chip, int n, SysfsFile input,
-             HwmonLimits limits) {
+             const HwmonLimits& limits) {
     const std::string base = chip.dir + "/temp" + std::to_string(n);
     std::string label = textIn(base + "_label", "temp" + std::to_string(n));
     std::string name = chip.name + " " + label;
     std::string source = "hwmon " + name;
     inventory.temps.push_back({chip.name, std::move(label), classifyHwmonChip(chip.name), true,
-                               std::move(input), std::move(limits), std::move(name),
-                               std::move(source)});
+                               std::move(input), limits, std::move(name), std::move(source)});
     ++chip.temps;
 }
 

@@ -24,7 +24,8 @@ void addClass(SysfsFingerprint& print, const std::string& classDir) {
     if (dir == nullptr) return;
     std::string path = classDir + "/";
     const std::size_t base = path.size();
-    while (const dirent* entry = ::readdir(dir)) {
+    // readdir is safe on a directory stream that only this call uses.
+    while (const dirent* entry = ::readdir(dir)) {  // NOLINT(concurrency-mt-unsafe)
         const std::string_view name(entry->d_name);
         if (name == "." || name == "..") continue;
         path.resize(base);
