@@ -153,7 +153,7 @@ class AppController {
     void rememberLive(const LiveInputs& inputs);
     void presentLive(const LiveInputs& inputs);
     void receiveLive(const LiveDelivery& delivery);
-    void logFirstSample(const std::string& summary, const LiveInputs& first);
+    void logFirstSample(const std::string& summary, const LiveInputs& first) const;
     void startSampler();
 
     // Menu bar and appearance.

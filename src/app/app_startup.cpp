@@ -84,7 +84,7 @@ void AppController::logSensorLines() {
     logFirstSample(summary, first);
 }
 
-void AppController::logFirstSample(const std::string& summary, const LiveInputs& first) {
+void AppController::logFirstSample(const std::string& summary, const LiveInputs& first) const {
     log("live: " + summary + "; battery temp " +
         (first.batteryTemp ? "available" : "not available"));
 }
@@ -126,8 +126,8 @@ void AppController::buildEngine() {
         .sounder = sounder,
         .alerter = Alerter(false),
         .log = logSink(),
-        .wallClock = [&loop] { return loop.wallNow(); },
     };
+    parts.wallClock = [&loop] { return loop.wallNow(); };
     engine = std::make_unique<Engine>(std::move(parts), loop_.now());
     if (opts.consent) engine->consent(*opts.consent, loop_.wallNow());
 }
