@@ -56,7 +56,8 @@ class IdleLoop final : public MainLoop {
     TimerId postAfter(double, std::function<void()>) override { return ++ids; }
     TimerId startRepeating(double, std::function<void()>) override { return ++ids; }
     void stop(TimerId) override {}
-    Timestamp now() const override { return Timestamp::now(); }
+    MonoTime now() const override { return MonoTime::now(); }
+    Timestamp wallNow() const override { return Timestamp::now(); }
     TimerId ids = 0;
 };
 

@@ -56,7 +56,7 @@ class CalmEngine {
                           .shutdowner = std::make_shared<UnusedShutdowner>(),
                           .sounder = std::make_shared<SilentSounder>(),
                           .log = [](const std::string& /*line*/) {}},
-            Timestamp::fromSeconds(start_));
+            MonoTime::fromSeconds(start_));
     }
     ~CalmEngine() {
         engine_.reset();
@@ -67,9 +67,7 @@ class CalmEngine {
     CalmEngine& operator=(const CalmEngine&) = delete;
 
     Engine& engine() { return *engine_; }
-    Timestamp next() {
-        return Timestamp::fromSeconds(start_ + 0.25 * static_cast<double>(++ticks_));
-    }
+    MonoTime next() { return MonoTime::fromSeconds(start_ + 0.25 * static_cast<double>(++ticks_)); }
 
   private:
     double start_ = 1'800'000'000;
@@ -98,7 +96,7 @@ BENCHMARK(BM_CalmTickOnly);
 
 void BM_ViewJsonOnly(benchmark::State& state) {
     CalmEngine calm;
-    const Timestamp now = calm.next();
+    const MonoTime now = calm.next();
     calm.engine().tick(now);
     for (auto _ : state) {
         std::string json = calm.engine().viewJson(now);

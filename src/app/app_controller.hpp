@@ -19,6 +19,7 @@
 #include "app/watchdog_observer.hpp"
 #include "engine/engine.hpp"
 #include "metrics/heat_collector.hpp"
+#include "metrics/live_sampler.hpp"
 #include "store/file_logger.hpp"
 
 namespace velmora {
@@ -26,7 +27,11 @@ namespace velmora {
 /// What the controller is built from besides the options, the shell and the loop: the live
 /// sampler, the preference store and the platform's real actuators (made only when chosen).
 struct AppServices {
+    /// Sampled on the loop's own thread; used when `makeCollector` is not given.
     std::unique_ptr<HeatCollector> collector;
+    /// Builds the collector on a sampling thread of its own (and again after a read hung), so
+    /// that no read ever blocks the loop.
+    LiveSampler::MakeCollector makeCollector;
     std::unique_ptr<PreferenceStore> preferences;
     /// The platform's real shutdowner, given the application log and the loop's post.
     std::function<std::shared_ptr<Shutdowner>(LogSink, Post)> realShutdowner;
@@ -114,6 +119,8 @@ class AppController {
     AppearancePref appearance;
     PresentationState ui;
     std::unique_ptr<HeatCollector> live;
+    /// The sampling thread, when the collector runs on one (then `live` is empty).
+    std::unique_ptr<LiveSampler> sampler;
     std::shared_ptr<FileLogger> logger;
     std::shared_ptr<Shutdowner> shutdowner;
     std::shared_ptr<Sounder> sounder;
@@ -151,6 +158,10 @@ class AppController {
     void reportStatus(const nlohmann::json& view);
     void reportLive(const LiveInputs& inputs);
     void rememberLive(const LiveInputs& inputs);
+    void presentLive(const LiveInputs& inputs);
+    void receiveLive(const LiveDelivery& delivery);
+    void logFirstSample(const std::string& summary, const LiveInputs& first) const;
+    void startSampler();
 
     // Outside watchers.
     void startObservers();

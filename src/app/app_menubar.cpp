@@ -42,7 +42,21 @@ void AppController::setAppearance(AppearancePref pref, bool fromPage) {
 }
 
 void AppController::sampleLive() {
-    const auto inputs = live->sample(loop_.now());
+    if (sampler) {
+        sampler->request();  // the sample comes back through receiveLive
+        return;
+    }
+    presentLive(live->sample(loop_.wallNow()));
+}
+
+void AppController::receiveLive(const LiveDelivery& delivery) {
+    if (!delivery.summary.empty()) logFirstSample(delivery.summary, delivery.inputs);
+    for (const std::string& notice : delivery.notices)
+        log(notice);
+    presentLive(delivery.inputs);
+}
+
+void AppController::presentLive(const LiveInputs& inputs) {
     ui.liveJSON = LiveModel::json(inputs);
     ui.liveCount += 1;
     if (ui.liveCount % 10 == 1) log(liveSummaryLine(inputs));

@@ -83,9 +83,9 @@ void AppController::runStageC(const std::string& action, const nlohmann::json& b
     if (action == "cancel") {
         engine->cancel(now);
     } else if (action == "consent") {
-        engine->consent(onFlag(body), now);
+        engine->consent(onFlag(body), loop_.wallNow());
     } else if (action == "toggle") {
-        engine->setAuto(onFlag(body), now);
+        engine->setAuto(onFlag(body), loop_.wallNow());
     } else if (action == "relief") {
         engine->dismissRelief();
     } else if (action == "simdone") {

@@ -24,7 +24,7 @@ AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop
       services_(std::move(services)) {
     if (!services_.preferences) services_.preferences = std::make_unique<MemoryPreferences>();
     appearance = loadAppearance(*services_.preferences);
-    live->forcedThermal = opts.forceThermal;
+    if (live) live->forcedThermal = opts.forceThermal;
 }
 
 AppController::~AppController() {
@@ -74,20 +74,52 @@ void AppController::logSensorLines() {
         ", 1 s); ladder map nominal=NORMAL fair=WARM serious=EXTREME HEAT (Stage A, warning "
         "only) critical=EMERGENCY (Stage B/C). " +
         std::string(texts().thermalNote));
+    if (services_.makeCollector) {
+        startSampler();
+        return;
+    }
     const auto summary = live->sensorSummary();
     // The first sample also tells whether a battery temperature can be read; sampling logs
     // nothing, so the line still comes first in the log.
-    const auto first = live->sample(loop_.now());
+    const auto first = live->sample(loop_.wallNow());
     rememberLive(first);
+    logFirstSample(summary, first);
+}
+
+void AppController::logFirstSample(const std::string& summary, const LiveInputs& first) const {
     log("live: " + summary + "; battery temp " +
         (first.batteryTemp ? "available" : "not available"));
 }
 
+// The first sample is waited for briefly, so that the first tick already knows the thermal
+// state; when discovery takes longer it arrives through the loop like every other sample.
+void AppController::startSampler() {
+    std::weak_ptr<AppController*> weak = self_;
+    sampler = std::make_unique<LiveSampler>(
+        services_.makeCollector, loop_.poster(),
+        [weak](const LiveDelivery& delivery) {
+            if (const auto self = weak.lock()) (*self)->receiveLive(delivery);
+        },
+        logSink());
+    constexpr std::chrono::milliseconds firstSampleWait{1500};
+    if (const auto first = sampler->awaitFirst(firstSampleWait)) {
+        rememberLive(first->inputs);
+        logFirstSample(first->summary, first->inputs);
+        for (const std::string& notice : first->notices)
+            log(notice);
+    } else {
+        log("live: the first sample is late; the thermal state is unknown until it comes");
+    }
+}
+
 void AppController::buildEngine() {
     auto* collector = live.get();
+    auto* background = sampler.get();
     auto& loop = loop_;
-    auto sensor = std::make_shared<ThermalSensor>(
-        [collector, &loop] { return collector->currentThermal(loop.now()); });
+    auto sensor = std::make_shared<ThermalSensor>([collector, background, &loop] {
+        return background != nullptr ? background->currentThermal(loop.now())
+                                     : collector->currentThermal(loop.wallNow());
+    });
     Engine::Parts parts{
         .sensor = std::move(sensor),
         .settings = SettingsStore(opts.dataDir, logSink()),
@@ -97,8 +129,9 @@ void AppController::buildEngine() {
         .alerter = Alerter(false),
         .log = logSink(),
     };
+    parts.wallClock = [&loop] { return loop.wallNow(); };
     engine = std::make_unique<Engine>(std::move(parts), loop_.now());
-    if (opts.consent) engine->consent(*opts.consent, loop_.now());
+    if (opts.consent) engine->consent(*opts.consent, loop_.wallNow());
 }
 
 void AppController::createWindow() {

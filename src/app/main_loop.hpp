@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "policy/mono_time.hpp"
 #include "policy/sinks.hpp"
 #include "policy/timestamp.hpp"
 
@@ -24,7 +25,10 @@ class MainLoop {
     virtual TimerId startRepeating(double seconds, std::function<void()> work) = 0;
     /// Stops a repeating timer or a delayed post that has not run yet; unknown ids are ignored.
     virtual void stop(TimerId id) = 0;
-    virtual Timestamp now() const = 0;
+    /// The monotonic instant that every interval is measured by.
+    virtual MonoTime now() const = 0;
+    /// The wall clock, only for dates that people read or that are stored.
+    virtual Timestamp wallNow() const = 0;
 
     /// This loop's `post` as a plain function, for components that deliver completions.
     virtual Post poster() {

@@ -30,7 +30,7 @@ constexpr double kCountdownLogInterval = 5;
 
 }  // namespace
 
-Engine::Engine(Parts parts, Timestamp now)
+Engine::Engine(Parts parts, MonoTime now)
     : sensor(std::move(parts.sensor)),
       settings(std::move(parts.settings)),
       markers(std::move(parts.markers)),
@@ -40,7 +40,8 @@ Engine::Engine(Parts parts, Timestamp now)
       set(settings.load()),
       alerter(parts.alerter),
       lastNow(now),
-      words_(*parts.platformTexts) {
+      words_(*parts.platformTexts),
+      wallClock_(parts.wallClock ? std::move(parts.wallClock) : &Timestamp::now) {
     logStart();
 }
 
@@ -63,15 +64,26 @@ void Engine::logStart() {
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
+    reliefHoldUntil = lastNow + SC::reliefHold;
+    emit("stage-c: no countdown for the next " + integerPart(SC::reliefHold) +
+         "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
-nlohmann::json Engine::tick(Timestamp now) {
+bool Engine::reliefHolds(MonoTime now) {
+    if (!reliefHoldUntil) return false;
+    if (now < *reliefHoldUntil) return true;
+    reliefHoldUntil.reset();
+    emit("stage-c: relief hold over; countdowns allowed again");
+    return false;
+}
+
+nlohmann::json Engine::tick(MonoTime now) {
     lastNow = now;
     tempC = sensor ? sensor->readC() : std::nullopt;
     level = alerter.update(tempC, now);
     set = settings.load();  // another process may have changed it
     const bool critical = level == Level::blowout;
-    const bool enabled = set.enabled();
+    const bool enabled = set.enabled() && !reliefHolds(now);
     const bool calm = level.has_value() && *level <= Level::warm;
     if (!critical && manual && !realRunning()) {
         emit("stage-c: manual-shutdown notice cleared (no longer critical)");
@@ -89,7 +101,7 @@ nlohmann::json Engine::tick(Timestamp now) {
     return view(now);
 }
 
-void Engine::soundStageBAlarm(Timestamp now) {
+void Engine::soundStageBAlarm(MonoTime now) {
     const bool simCounting = sim && sim->state == CState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
     if (lastB && now - *lastB < SC::bAlarmInterval) return;
@@ -97,7 +109,7 @@ void Engine::soundStageBAlarm(Timestamp now) {
     snd->alarm();
 }
 
-void Engine::logStateChange(Timestamp now, bool critical, bool enabled) {
+void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
     if (real.state != lastSt) {
         emit("stage-c: state " + std::string(rawValue(lastSt)) + " -> " +
              std::string(rawValue(real.state)) + " (thermal=" +
@@ -114,7 +126,7 @@ void Engine::logStateChange(Timestamp now, bool critical, bool enabled) {
     }
 }
 
-void Engine::checkFailsafe(Timestamp now) {
+void Engine::checkFailsafe(MonoTime now) {
     if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
     emit("stage-c: still running " + integerPart(SC::failsafe) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
@@ -123,7 +135,7 @@ void Engine::checkFailsafe(Timestamp now) {
     firedAt.reset();
 }
 
-void Engine::stepSimulation(Timestamp now) {
+void Engine::stepSimulation(MonoTime now) {
     if (!sim) return;
     if (realRunning()) {
         emit("stage-c: SIMULATION stopped: real countdown took over");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "actuators/sounder.hpp"
 #include "policy/alerter.hpp"
 #include "policy/countdown.hpp"
+#include "policy/mono_time.hpp"
 #include "policy/platform_texts.hpp"
 #include "policy/sinks.hpp"
 #include "policy/temp_sensor.hpp"
@@ -61,11 +63,14 @@ class Engine {
         LogSink log;
         /// The wording of texts that name the platform's shutdown mechanism.
         const PlatformTexts* platformTexts = &texts();
+        /// The wall clock, only for the dates written into the marker; every interval the
+        /// engine decides by runs on the monotonic instants its callers pass in.
+        std::function<Timestamp()> wallClock = &Timestamp::now;
     };
 
     /// Loads and logs the settings and the thresholds, and turns a marker left by the
     /// previous run's shutdown into the relief notice (clearing the marker).
-    Engine(Parts parts, Timestamp now);
+    Engine(Parts parts, MonoTime now);
     ~Engine() = default;
     // Completions find the engine through a weak handle to `this`; it must never move.
     Engine(const Engine&) = delete;
@@ -74,28 +79,29 @@ class Engine {
     Engine& operator=(Engine&&) = delete;
 
     /// One poll: reads, decides, acts, and returns `view(now)`.
-    nlohmann::json tick(Timestamp now);
+    nlohmann::json tick(MonoTime now);
 
     /// The stage page's dictionary, rebuilt on every call.
-    nlohmann::json view(Timestamp now) const;
+    nlohmann::json view(MonoTime now) const;
     /// `view(now)` serialised as compact JSON text.
-    std::string viewJson(Timestamp now) const;
+    std::string viewJson(MonoTime now) const;
     std::string nowText() const;
     std::string permName() const;
     std::string permMessage() const;
 
     // The user's commands. Each logs one "stage-c" line at least.
-    void startSim(Timestamp now);
-    void cancel(Timestamp now);
+    void startSim(MonoTime now);
+    void cancel(MonoTime now);
     void dismissSim();
     void dismissRelief();
     void dismissManual();
     void dismissPerm();
     void userShutdownFailed(const ShutdownError& error);
-    /// The consent page's answer; false (and a log line) when the settings could not be saved.
-    bool consent(bool on, Timestamp now);
+    /// The consent page's answer, dated `wallNow`; false (and a log line) when the settings
+    /// could not be saved.
+    bool consent(bool on, Timestamp wallNow);
     /// The settings page's switch; changing it counts as consent. False when not saved.
-    bool setAuto(bool on, Timestamp now);
+    bool setAuto(bool on, Timestamp wallNow);
 
     /// Asks the shutdowner whether shutting down is permitted. At most one probe runs at a
     /// time; a request while one runs is dropped silently. `user` makes the result show even
@@ -119,15 +125,17 @@ class Engine {
     Alerter alerter;
     double peak = 0;  // °C, highest reading while stage B held
     std::optional<Relief> relief;
+    /// Set at a launch that found the marker: no countdown starts before it.
+    std::optional<MonoTime> reliefHoldUntil;
     std::string errMsg;
     std::optional<Level> level;
     std::optional<double> tempC;
-    std::optional<Timestamp> lastB;
-    std::optional<Timestamp> firedAt;
+    std::optional<MonoTime> lastB;
+    std::optional<MonoTime> firedAt;
     CState lastSt = CState::idle;
-    Timestamp lastLog = Timestamp::distantPast();
-    Timestamp simStart = Timestamp::distantPast();
-    Timestamp lastNow;
+    MonoTime lastLog = MonoTime::distantPast();
+    MonoTime simStart = MonoTime::distantPast();
+    MonoTime lastNow;
     std::int64_t shutdownCalls = 0;
     PermState perm;
     bool permDismissed = false;
@@ -135,17 +143,18 @@ class Engine {
     bool probing = false;
 
   private:
-    void handle(const CEvent& event, Timestamp now, bool simulated);
-    void handleReal(const CEvent& event, Timestamp now);
-    void runShutdown(Timestamp now);
+    void handle(const CEvent& event, MonoTime now, bool simulated);
+    void handleReal(const CEvent& event, MonoTime now);
+    void runShutdown();
     void onShutdownFailed(const ShutdownError& error);
     void onProbeResult(const AutomationOutcome& outcome);
     void logStart();
-    void stepReal(Timestamp now, bool critical, bool calm, bool enabled);
-    void soundStageBAlarm(Timestamp now);
-    void logStateChange(Timestamp now, bool critical, bool enabled);
-    void checkFailsafe(Timestamp now);
-    void stepSimulation(Timestamp now);
+    void stepReal(MonoTime now, bool critical, bool calm, bool enabled);
+    void soundStageBAlarm(MonoTime now);
+    void logStateChange(MonoTime now, bool critical, bool enabled);
+    void checkFailsafe(MonoTime now);
+    bool reliefHolds(MonoTime now);
+    void stepSimulation(MonoTime now);
     /// Takes saved settings as the ones in force, or logs why they could not be saved.
     bool adoptSaved(const StoreResult<Settings>& saved, const std::string& failurePrefix,
                     const std::string& savedLine);
@@ -158,6 +167,7 @@ class Engine {
     }
 
     const PlatformTexts& words_;
+    std::function<Timestamp()> wallClock_;
 
     /// Completions hold this weakly: once the engine is gone they find nothing and do nothing.
     std::shared_ptr<Engine*> self_ = std::make_shared<Engine*>(this);

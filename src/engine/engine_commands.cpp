@@ -16,7 +16,7 @@ constexpr const char* kAutoShutdownTurnedOn = "auto-shutdown turned on";
 
 }  // namespace
 
-void Engine::startSim(Timestamp now) {
+void Engine::startSim(MonoTime now) {
     if (realRunning()) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
@@ -28,7 +28,7 @@ void Engine::startSim(Timestamp now) {
          integerPart(SC::countdownLen) + "s countdown). NO shutdown will be run.");
 }
 
-void Engine::cancel(Timestamp now) {
+void Engine::cancel(MonoTime now) {
     if (sim) {
         emit("stage-c SIMULATION: cancelled/stopped by user");
         sim.reset();
@@ -83,13 +83,13 @@ void Engine::userShutdownFailed(const ShutdownError& error) {
     noteFailure(error);
 }
 
-bool Engine::consent(bool on, Timestamp now) {
-    return adoptSaved(settings.recordConsent(on, now), "stage-c: ERROR saving consent: ",
+bool Engine::consent(bool on, Timestamp wallNow) {
+    return adoptSaved(settings.recordConsent(on, wallNow), "stage-c: ERROR saving consent: ",
                       "stage-c: consent recorded: autoShutdown=" + boolText(on));
 }
 
-bool Engine::setAuto(bool on, Timestamp now) {
-    return adoptSaved(settings.setAutoShutdown(on, now), "stage-c: ERROR saving setting: ",
+bool Engine::setAuto(bool on, Timestamp wallNow) {
+    return adoptSaved(settings.setAutoShutdown(on, wallNow), "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
                           " (consentRecorded=true)");
 }

@@ -10,7 +10,7 @@ namespace velmora {
 
 using engine_text::integerPart;
 
-void Engine::handle(const CEvent& event, Timestamp now, bool simulated) {
+void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
     emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
          std::string(rawValue(event.kind)) + " remaining=" + std::to_string(event.remaining));
     if (!simulated) {
@@ -32,7 +32,7 @@ void Engine::handle(const CEvent& event, Timestamp now, bool simulated) {
     }
 }
 
-void Engine::handleReal(const CEvent& event, Timestamp now) {
+void Engine::handleReal(const CEvent& event, MonoTime now) {
     switch (event.kind) {
         case CEventKind::countdownStart:
             errMsg.clear();
@@ -45,7 +45,7 @@ void Engine::handleReal(const CEvent& event, Timestamp now) {
             break;
         case CEventKind::fire:
             firedAt = now;
-            runShutdown(now);
+            runShutdown();
             break;
         case CEventKind::abort:
         case CEventKind::stale:
@@ -61,8 +61,8 @@ void Engine::handleReal(const CEvent& event, Timestamp now) {
     }
 }
 
-void Engine::runShutdown(Timestamp now) {
-    const Marker marker{rfc3339(now), peak, "emergency countdown reached 0"};
+void Engine::runShutdown() {
+    const Marker marker{rfc3339(wallClock_()), peak, "emergency countdown reached 0"};
     if (const auto error = markers.write(marker)) {
         emit("stage-c: WARNING could not write marker: " + error->message +
              " (shutting down anyway)");

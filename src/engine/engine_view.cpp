@@ -10,7 +10,7 @@
 // shows it with the real screens.
 namespace velmora {
 
-nlohmann::json Engine::view(Timestamp now) const {
+nlohmann::json Engine::view(MonoTime now) const {
     const Machine& m = shown();
     const bool leadIn = sim && sim->state == CState::idle && now - simStart < SC::simLead;
     nlohmann::json v = {
@@ -46,7 +46,7 @@ nlohmann::json Engine::view(Timestamp now) const {
     return v;
 }
 
-std::string Engine::viewJson(Timestamp now) const {
+std::string Engine::viewJson(MonoTime now) const {
     return view(now).dump();
 }
 

@@ -34,6 +34,8 @@ class HeatCollector {
     std::optional<ThermalState> currentThermal(Timestamp now) const;
 
     std::string sensorSummary();
+    void assumeThermal(ThermalState previous) { backend_->assumeThermal(previous); }
+    std::vector<std::string> takeNotices() { return backend_->takeNotices(); }
     std::vector<SourceRow> sourceTable() const;
     std::vector<ThermalLimit> thermalLimits() const { return backend_->thermalLimits(); }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "metrics/live_inputs.hpp"
+#include "policy/thermal_state.hpp"
 #include "policy/timestamp.hpp"
 
 namespace velmora {
@@ -61,6 +62,12 @@ class MetricsBackend {
     virtual MetricSources sources() const = 0;
     /// The thresholds behind the derived thermal state; none where the OS states it itself.
     virtual std::vector<ThermalLimit> thermalLimits() const { return {}; }
+    /// Tells a fresh backend the thermal state its predecessor last reported, so that a state
+    /// that needed confirming stays confirmed across the change.
+    virtual void assumeThermal(ThermalState /*previous*/) {}
+    /// Lines worth logging since the last call (sensors left out, rediscoveries); readers do
+    /// not log themselves.
+    virtual std::vector<std::string> takeNotices() { return {}; }
 };
 
 }  // namespace velmora

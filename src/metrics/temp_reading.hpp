@@ -23,5 +23,7 @@ struct NamedTemp {
 
 /// The common sanity bound of every live temperature: finite and strictly between 1 and 150 °C.
 bool plausibleCelsius(double celsius);
+/// The upper edge of that bound.
+inline constexpr double kPlausibleCeiling = 150.0;
 
 }  // namespace velmora

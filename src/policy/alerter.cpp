@@ -4,7 +4,7 @@
 
 namespace velmora {
 
-std::optional<Level> Alerter::update(std::optional<double> tempC, Timestamp now) {
+std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) {
     if (!tempC) {
         hotSince.reset();
         extSince.reset();
@@ -25,7 +25,7 @@ std::optional<Level> Alerter::update(std::optional<double> tempC, Timestamp now)
     return stageA(now);
 }
 
-Level Alerter::stageA(Timestamp now) {
+Level Alerter::stageA(MonoTime now) {
     if (!extSince) extSince = now;
     if (!timedStageB) return Level::extreme;
     return now - *extSince >= SC::extremeT2 ? Level::blowout : Level::extreme;

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "policy/level.hpp"
-#include "policy/timestamp.hpp"
+#include "policy/mono_time.hpp"
 
 namespace velmora {
 
@@ -13,14 +13,14 @@ class Alerter {
   public:
     explicit Alerter(bool timedStageB) : timedStageB(timedStageB) {}
 
-    std::optional<Level> update(std::optional<double> tempC, Timestamp now);
+    std::optional<Level> update(std::optional<double> tempC, MonoTime now);
 
-    std::optional<Timestamp> hotSince;
-    std::optional<Timestamp> extSince;
+    std::optional<MonoTime> hotSince;
+    std::optional<MonoTime> extSince;
     const bool timedStageB;
 
   private:
-    Level stageA(Timestamp now);
+    Level stageA(MonoTime now);
 };
 
 }  // namespace velmora

@@ -24,6 +24,9 @@ inline constexpr double staleGap = 5;
 inline constexpr double simLead = 4;
 inline constexpr double failsafe = 30;
 inline constexpr double bAlarmInterval = 15;
+// After a launch that shows the relief notice no countdown may start for this long, so that a
+// stuck sensor cannot turn every boot into a power-off: time to read it and switch off.
+inline constexpr double reliefHold = 60;
 
 inline constexpr double simPeakC = 106;
 inline constexpr std::array<int, 4> cueSeconds{5, 3, 2, 1};

@@ -65,7 +65,7 @@ CConfig CConfig::production() {
     return CConfig{SC::countdownLen, SC::graceLen, SC::staleGap, false};
 }
 
-std::vector<CEvent> Machine::startCountdown(Timestamp now) {
+std::vector<CEvent> Machine::startCountdown(MonoTime now) {
     const std::int64_t whole = wholeSecondsOrThrow(cfg.countdown);
     state = CState::countdown;
     deadline = now + cfg.countdown;
@@ -73,12 +73,12 @@ std::vector<CEvent> Machine::startCountdown(Timestamp now) {
     return {CEvent{CEventKind::countdownStart, remaining(now)}};
 }
 
-void Machine::appendStart(Timestamp now, std::vector<CEvent>& events) {
+void Machine::appendStart(MonoTime now, std::vector<CEvent>& events) {
     const auto started = startCountdown(now);
     events.insert(events.end(), started.begin(), started.end());
 }
 
-std::vector<CEvent> Machine::step(Timestamp now, CInput input) {
+std::vector<CEvent> Machine::step(MonoTime now, CInput input) {
     const double gap = last ? now - *last : 0.0;
     last = now;
     const bool stale = cfg.stale < gap && cfg.stale > 0;
@@ -104,14 +104,14 @@ std::vector<CEvent> Machine::step(Timestamp now, CInput input) {
     return events;
 }
 
-void Machine::stepGrace(Timestamp now, CInput input, std::vector<CEvent>& events) {
+void Machine::stepGrace(MonoTime now, CInput input, std::vector<CEvent>& events) {
     if (now < graceUntil) return;
     state = CState::idle;
     events.push_back({CEventKind::graceEnd, 0});
     if (input.enabled && input.critical) appendStart(now, events);
 }
 
-void Machine::stepCountdown(Timestamp now, CInput input, bool stale, std::vector<CEvent>& events) {
+void Machine::stepCountdown(MonoTime now, CInput input, bool stale, std::vector<CEvent>& events) {
     if (!(input.enabled && input.critical)) {
         state = CState::idle;
         events.push_back({CEventKind::abort, 0});
@@ -135,7 +135,7 @@ void Machine::stepCountdown(Timestamp now, CInput input, bool stale, std::vector
     if (due) events.push_back({CEventKind::cue, r});
 }
 
-std::vector<CEvent> Machine::cancel(Timestamp now) {
+std::vector<CEvent> Machine::cancel(MonoTime now) {
     const bool cancellable =
         state == CState::countdown || (state == CState::fired && cfg.firedCancel);
     if (!cancellable) return {};
@@ -145,7 +145,7 @@ std::vector<CEvent> Machine::cancel(Timestamp now) {
     return {CEvent{CEventKind::cancel, 0}};
 }
 
-void Machine::shutdownFailed(Timestamp now) {
+void Machine::shutdownFailed(MonoTime now) {
     if (state != CState::fired) return;
     state = CState::grace;
     graceUntil = now + cfg.grace;
@@ -157,20 +157,20 @@ void Machine::reset() {
     cancelled = false;
 }
 
-std::int64_t Machine::remaining(Timestamp now) const {
+std::int64_t Machine::remaining(MonoTime now) const {
     if (state != CState::countdown) return 0;
     const double s = deadline - now;
     if (s <= 0) return 0;
     return static_cast<std::int64_t>(std::ceil(s));
 }
 
-std::int64_t Machine::remainingMs(Timestamp now) const {
+std::int64_t Machine::remainingMs(MonoTime now) const {
     if (state != CState::countdown) return 0;
     const auto ms = std::llround((deadline - now) * 1000.0);
     return std::max<std::int64_t>(ms, 0);
 }
 
-double Machine::graceLeft(Timestamp now) const {
+double Machine::graceLeft(MonoTime now) const {
     if (state != CState::grace) return 0;
     return now < graceUntil ? graceUntil - now : 0;
 }

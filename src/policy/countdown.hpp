@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "policy/timestamp.hpp"
+#include "policy/mono_time.hpp"
 
 namespace velmora {
 
@@ -53,31 +53,31 @@ class Machine {
   public:
     Machine(CConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
 
-    std::vector<CEvent> step(Timestamp now, CInput input);
+    std::vector<CEvent> step(MonoTime now, CInput input);
     /// Throws std::invalid_argument when the configured length is not a finite whole-number
     /// range: a countdown of unknown length must never start quietly.
-    std::vector<CEvent> startCountdown(Timestamp now);
-    std::vector<CEvent> cancel(Timestamp now);
-    void shutdownFailed(Timestamp now);
+    std::vector<CEvent> startCountdown(MonoTime now);
+    std::vector<CEvent> cancel(MonoTime now);
+    void shutdownFailed(MonoTime now);
     void reset();
 
-    std::int64_t remaining(Timestamp now) const;
-    std::int64_t remainingMs(Timestamp now) const;
-    double graceLeft(Timestamp now) const;
+    std::int64_t remaining(MonoTime now) const;
+    std::int64_t remainingMs(MonoTime now) const;
+    double graceLeft(MonoTime now) const;
 
     CState state = CState::idle;
     const CConfig cfg;
     const bool sim;
-    std::optional<Timestamp> last;
-    Timestamp deadline = Timestamp::distantPast();
-    Timestamp graceUntil = Timestamp::distantPast();
+    std::optional<MonoTime> last;
+    MonoTime deadline = MonoTime::distantPast();
+    MonoTime graceUntil = MonoTime::distantPast();
     std::int64_t lastCue = 0;
     bool cancelled = false;
 
   private:
-    void stepCountdown(Timestamp now, CInput input, bool stale, std::vector<CEvent>& events);
-    void stepGrace(Timestamp now, CInput input, std::vector<CEvent>& events);
-    void appendStart(Timestamp now, std::vector<CEvent>& events);
+    void stepCountdown(MonoTime now, CInput input, bool stale, std::vector<CEvent>& events);
+    void stepGrace(MonoTime now, CInput input, std::vector<CEvent>& events);
+    void appendStart(MonoTime now, std::vector<CEvent>& events);
 };
 
 }  // namespace velmora

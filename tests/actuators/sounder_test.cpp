@@ -31,7 +31,7 @@ TEST(MuteSounder, OneCountdownSecondGivesExactlyOneTickLine) {
     testing::LogRecorder log;
     MuteSounder sounder(log.sink());
     Machine machine(CConfig::production(), false);
-    const Timestamp start = Timestamp::fromSeconds(1000);
+    const MonoTime start = MonoTime::fromSeconds(1000);
     static_cast<void>(machine.startCountdown(start));
     std::size_t linesBefore = 0;
     for (int quarter = 1; quarter <= 20; ++quarter) {

@@ -88,8 +88,8 @@ AppController& AppHarness::build(std::vector<std::string> args, const PlatformEn
     auto opts = LaunchOptions::parse(args, env);
     if (!opts) throw std::runtime_error("no data directory");
     AppServices services;
-    services.collector =
-        std::make_unique<HeatCollector>(std::make_unique<ScriptedBackend>(readings), loop.now());
+    services.collector = std::make_unique<HeatCollector>(
+        std::make_unique<ScriptedBackend>(readings), loop.wallNow());
     services.preferences = std::make_unique<SharedPreferences>(preferences);
     services.realShutdowner = [this](LogSink, Post) { return realShutdowner; };
     services.systemSounder = [this] { return systemSounder; };

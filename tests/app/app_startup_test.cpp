@@ -251,7 +251,7 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
     auto& app = h.build({"--data-dir", (h.dir / "blocker" / "data").string()}, env);
     app.start();
     EXPECT_EQ(app.ui.mode, UIMode::consent);
-    EXPECT_FALSE(app.engine->consent(true, h.loop.now()));
+    EXPECT_FALSE(app.engine->consent(true, h.loop.wallNow()));
     h.loop.advance(1);
     EXPECT_EQ(app.ui.mode, UIMode::consent);
 }

@@ -21,9 +21,19 @@ void ManualLoop::stop(TimerId id) {
     std::erase_if(queue_, [id](const auto& item) { return item.second.id == id; });
 }
 
-Timestamp ManualLoop::now() const {
+MonoTime ManualLoop::now() const {
     std::lock_guard lock(mutex_);
-    return now_;
+    return MonoTime::fromSeconds(now_);
+}
+
+Timestamp ManualLoop::wallNow() const {
+    std::lock_guard lock(mutex_);
+    return Timestamp::fromSeconds(now_ + wallOffset_);
+}
+
+void ManualLoop::stepWallClock(double seconds) {
+    std::lock_guard lock(mutex_);
+    wallOffset_ += seconds;
 }
 
 std::size_t ManualLoop::pending() const {
@@ -40,7 +50,7 @@ bool ManualLoop::isScheduled(TimerId id) const {
 TimerId ManualLoop::schedule(double delay, double interval, std::function<void()> work) {
     std::lock_guard lock(mutex_);
     const TimerId id = ++sequence_;
-    queue_.emplace(Key{now_.secondsSinceEpoch + delay, id}, Entry{id, interval, std::move(work)});
+    queue_.emplace(Key{now_ + delay, id}, Entry{id, interval, std::move(work)});
     return id;
 }
 
@@ -48,23 +58,23 @@ bool ManualLoop::popDue(double until, Entry& entry) {
     std::lock_guard lock(mutex_);
     if (queue_.empty() || std::get<0>(queue_.begin()->first) > until) return false;
     auto node = queue_.extract(queue_.begin());
-    now_ = Timestamp::fromSeconds(std::max(now_.secondsSinceEpoch, std::get<0>(node.key())));
+    now_ = std::max(now_, std::get<0>(node.key()));
     entry = std::move(node.mapped());
     if (entry.interval > 0) {
         // Re-arm before running so that the work may stop its own timer.
-        queue_.emplace(Key{now_.secondsSinceEpoch + entry.interval, ++sequence_},
+        queue_.emplace(Key{now_ + entry.interval, ++sequence_},
                        Entry{entry.id, entry.interval, entry.work});
     }
     return true;
 }
 
 void ManualLoop::advance(double seconds) {
-    const double until = now().secondsSinceEpoch + seconds;
+    const double until = now().seconds() + seconds;
     Entry entry{0, 0, {}};
     while (popDue(until, entry))
         entry.work();
     std::lock_guard lock(mutex_);
-    now_ = Timestamp::fromSeconds(until);
+    now_ = until;
 }
 
 }  // namespace velmora::testing

@@ -14,13 +14,17 @@ namespace velmora::testing {
 /// every due post and timer runs in time order, each at its own instant.
 class ManualLoop final : public MainLoop {
   public:
-    explicit ManualLoop(Timestamp start = Timestamp::fromSeconds(1'800'000'000.0)) : now_(start) {}
+    /// Monotonic and wall clock both start at `start` seconds; the wall clock can be stepped.
+    explicit ManualLoop(double start = 1'800'000'000.0) : now_(start) {}
 
     void post(std::function<void()> work) override;
     TimerId postAfter(double seconds, std::function<void()> work) override;
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
-    Timestamp now() const override;
+    MonoTime now() const override;
+    Timestamp wallNow() const override;
+    /// Sets the wall clock forward (or back, when negative) without moving the monotonic one.
+    void stepWallClock(double seconds);
 
     /// Runs everything due within the next `seconds`, then sets the clock to the end.
     void advance(double seconds);
@@ -43,7 +47,8 @@ class ManualLoop final : public MainLoop {
     bool popDue(double until, Entry& entry);
 
     mutable std::mutex mutex_;
-    Timestamp now_;
+    double now_;
+    double wallOffset_ = 0;
     std::uint64_t sequence_ = 0;
     std::map<Key, Entry> queue_;
 };

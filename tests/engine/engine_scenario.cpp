@@ -45,14 +45,17 @@ TempDir::~TempDir() {
 }
 
 void EngineScenario::start(double seconds) {
-    Engine::Parts parts{.sensor = sensor,
-                        .settings = SettingsStore(dataDir),
-                        .markers = MarkerStore(dataDir),
-                        .shutdowner = shutdowner,
-                        .sounder = sounder,
-                        .alerter = Alerter(timedStageB),
-                        .log = [this](const std::string& line) { lines.push_back(line); },
-                        .platformTexts = words};
+    Engine::Parts parts{
+        .sensor = sensor,
+        .settings = SettingsStore(dataDir),
+        .markers = MarkerStore(dataDir),
+        .shutdowner = shutdowner,
+        .sounder = sounder,
+        .alerter = Alerter(timedStageB),
+        .log = [this](const std::string& line) { lines.push_back(line); },
+        .platformTexts = words,
+        .wallClock =
+            [this] { return Timestamp::fromSeconds(engine->lastNow.seconds() + wallShift); }};
     engine = std::make_unique<Engine>(std::move(parts), at(seconds));
 }
 

@@ -38,7 +38,9 @@ class EngineScenario : public ::testing::Test {
     static constexpr double kSerious = 96;
     static constexpr double kNominal = 55;
 
-    static Timestamp at(double seconds) { return Timestamp::fromSeconds(kStart + seconds); }
+    static MonoTime at(double seconds) { return MonoTime::fromSeconds(kStart + seconds); }
+    /// The wall clock at `seconds`: it runs in step with the monotonic one unless a test moves it.
+    static Timestamp wallAt(double seconds) { return Timestamp::fromSeconds(kStart + seconds); }
 
     /// Builds the engine at `seconds` over `dataDir` (the temporary directory by default).
     void start(double seconds = 0);
@@ -67,6 +69,8 @@ class EngineScenario : public ::testing::Test {
     std::filesystem::path dataDir = tmp.path();
     const PlatformTexts* words = &macosTexts;
     bool timedStageB = false;
+    /// How far the wall clock is set away from the monotonic one (a clock step).
+    double wallShift = 0;
     std::shared_ptr<ScriptedSensor> sensor = std::make_shared<ScriptedSensor>();
     std::shared_ptr<RecordingSounder> sounder = std::make_shared<RecordingSounder>();
     ManualQueue queue;

@@ -29,7 +29,7 @@ TEST_F(EngineSettings, ConsentOnSavesTheAnswerAndProbesThePermission) {
     start();
     engine->dismissPerm();
     takeLines();
-    EXPECT_TRUE(engine->consent(true, at(3.7)));
+    EXPECT_TRUE(engine->consent(true, wallAt(3.7)));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: consent recorded: autoShutdown=true",
                                "stage-c: automation permission probe (auto-shutdown turned on)",
@@ -46,7 +46,7 @@ TEST_F(EngineSettings, ConsentOnSavesTheAnswerAndProbesThePermission) {
 TEST_F(EngineSettings, ConsentOffSavesWithoutAProbe) {
     start();
     takeLines();
-    EXPECT_TRUE(engine->consent(false, at(1)));
+    EXPECT_TRUE(engine->consent(false, wallAt(1)));
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c: consent recorded: autoShutdown=false"}));
     EXPECT_EQ(settingsJson()["autoShutdown"], false);
@@ -59,7 +59,7 @@ TEST_F(EngineSettings, ConsentThatCannotBeSavedReturnsFalseAndLogs) {
     start();
     takeLines();
     const Settings before = engine->set;
-    EXPECT_FALSE(engine->consent(true, at(1)));
+    EXPECT_FALSE(engine->consent(true, wallAt(1)));
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c: ERROR saving consent: " + saveError()}));
     EXPECT_NE(saveError(), "(saved)");
@@ -70,7 +70,7 @@ TEST_F(EngineSettings, ConsentThatCannotBeSavedReturnsFalseAndLogs) {
 TEST_F(EngineSettings, SetAutoOffOnAFreshInstallRecordsConsentWithoutAProbe) {
     start();
     takeLines();
-    EXPECT_TRUE(engine->setAuto(false, at(2)));
+    EXPECT_TRUE(engine->setAuto(false, wallAt(2)));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: setting 'Auto-shutdown in emergency' = false "
                                "(consentRecorded=true)",
@@ -86,7 +86,7 @@ TEST_F(EngineSettings, SetAutoOnKeepsTheFirstConsentTimeAndProbes) {
     writeConsent(false);
     start();
     takeLines();
-    EXPECT_TRUE(engine->setAuto(true, at(60)));
+    EXPECT_TRUE(engine->setAuto(true, wallAt(60)));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: setting 'Auto-shutdown in emergency' = true "
                                "(consentRecorded=true)",
@@ -101,7 +101,7 @@ TEST_F(EngineSettings, SetAutoThatCannotBeSavedReturnsFalseAndLogs) {
     blockTheDataDirectory();
     start();
     takeLines();
-    EXPECT_FALSE(engine->setAuto(true, at(1)));
+    EXPECT_FALSE(engine->setAuto(true, wallAt(1)));
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c: ERROR saving setting: " + saveError()}));
     EXPECT_EQ(engine->set, Settings{});

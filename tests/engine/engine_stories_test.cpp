@@ -33,7 +33,7 @@ TEST_F(EngineStory, ConsentThenCriticalThenShutdownThatNeverTakesEffect) {
     sensor->reading = kNominal;
     start();
     tickThrough(0, 5);
-    EXPECT_TRUE(engine->consent(true, at(5.1)));
+    EXPECT_TRUE(engine->consent(true, wallAt(5.1)));
     sensor->reading = kCritical;
     tickThrough(5.25, 15.25);  // counts down from 5.25 and calls the shutdown at 15.25
     EXPECT_EQ(markerJson(), (nlohmann::json{{"at", "2027-01-15T08:00:15Z"},

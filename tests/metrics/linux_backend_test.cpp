@@ -81,15 +81,20 @@ TEST(LinuxBackend, SensorThatAppearsLaterIsFoundByAFailureTriggeredRediscovery) 
     EXPECT_EQ(after.load, 0.10);
 }
 
-TEST(LinuxBackend, CriticalNeedsTwoSamplesAndAVanishedZoneStopsCounting) {
+// A vanished zone is held, stale, for three samples before it stops counting.
+TEST(LinuxBackend, CriticalNeedsTwoSamplesAndAVanishedZoneStopsCountingAfterItsHold) {
     FixtureTree tree("intel_laptop");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     tree.write("sys/class/thermal/thermal_zone0/temp", "124000\n");  // critical trip 128 °C
     EXPECT_EQ(collector.sample(kStart + 1).thermal, ThermalState::serious);
     EXPECT_EQ(collector.sample(kStart + 2).thermal, ThermalState::critical);
     tree.unplug("sys/class/thermal/thermal_zone0");
-    EXPECT_EQ(collector.sample(kStart + 3).thermal, ThermalState::nominal);
-    EXPECT_EQ(collector.sample(kStart + 4).thermal, ThermalState::nominal);
+    for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
+        EXPECT_EQ(collector.sample(kStart + 2 + held).thermal, ThermalState::critical)
+            << "held sample " << held;
+    }
+    EXPECT_EQ(collector.sample(kStart + 6).thermal, ThermalState::nominal);
+    EXPECT_EQ(collector.sample(kStart + 7).thermal, ThermalState::nominal);
     EXPECT_EQ(collector.last()->peakLevel, Level::blowout);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 namespace velmora {
 namespace {
@@ -168,7 +169,8 @@ TEST(ThermalDerivation, CriticalHeldWithinTheMarginStaysCritical) {
     EXPECT_EQ(s.at(92), TS::nominal);
 }
 
-TEST(ThermalDerivation, SensorThatStopsReadingWhileCriticalStopsCounting) {
+// A source that stops reading is held, stale, for three samples, then stops counting.
+TEST(ThermalDerivation, SensorThatStopsReadingWhileCriticalIsHeldThreeSamplesThenStopsCounting) {
     ThermalDeriver deriver;
     deriver.setSources(
         {{"gone", zoneConditions({trip("hot", 95)})}, {"stays", hwmonConditions({.max = 70.0})}});
@@ -176,21 +178,95 @@ TEST(ThermalDerivation, SensorThatStopsReadingWhileCriticalStopsCounting) {
     deriver.update(hot, false);
     ASSERT_EQ(deriver.update(hot, false), TS::critical);
     const std::vector<std::optional<double>> vanished{std::nullopt, 72.0};
+    for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
+        EXPECT_EQ(deriver.update(vanished, false), TS::critical) << "held sample " << held;
+        EXPECT_EQ(deriver.staleSources(), 1);
+        EXPECT_EQ(deriver.staleIds(), std::vector<std::string>{"gone"});
+        EXPECT_EQ(deriver.lastPlausible("gone"), 99.0);
+    }
     EXPECT_EQ(deriver.update(vanished, false), TS::fair);
+    EXPECT_EQ(deriver.staleSources(), 0);
+    EXPECT_EQ(deriver.lastPlausible("gone"), std::nullopt);
     // When it comes back it must again hold critical for two samples.
     EXPECT_EQ(deriver.update(hot, false), TS::serious);
     EXPECT_EQ(deriver.update(hot, false), TS::critical);
 }
 
-TEST(ThermalDerivation, SensorRemovedAtRediscoveryWhileCriticalIsForgotten) {
+// A source no longer found at a rediscovery is held like a failed read before it is dropped.
+TEST(ThermalDerivation, SensorRemovedAtRediscoveryWhileCriticalIsHeldThenForgotten) {
     ThermalDeriver deriver;
     deriver.setSources({{"gone", zoneConditions({trip("hot", 95)})}});
     const std::vector<std::optional<double>> hot{99.0};
     deriver.update(hot, false);
     ASSERT_EQ(deriver.update(hot, false), TS::critical);
     deriver.setSources({});
+    for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
+        EXPECT_EQ(deriver.update({}, false), TS::critical) << "held sample " << held;
+    }
     EXPECT_EQ(deriver.update({}, false), TS::nominal);
     EXPECT_EQ(deriver.sourceCount(), 0U);
+}
+
+TEST(ThermalDerivation, SensorFailingEveryThirdReadNeverEndsTheEmergency) {
+    OneSource s(hwmonConditions({.emergency = 110.0}));
+    s.at(120);
+    ASSERT_EQ(s.at(120), TS::critical);
+    for (int i = 0; i < 30; ++i) {
+        const bool fails = i % 3 == 2;
+        EXPECT_EQ(s.at(fails ? std::nullopt : std::optional(120.0)), TS::critical)
+            << "sample " << i;
+    }
+}
+
+TEST(ThermalDerivation, HeldSourceThatReadsAgainIsNoLongerStale) {
+    OneSource s(hwmonConditions({.emergency = 110.0}));
+    s.at(120);
+    s.at(120);
+    s.at(std::nullopt);
+    s.at(std::nullopt);
+    EXPECT_EQ(s.at(120), TS::critical);
+    EXPECT_EQ(s.deriver.staleSources(), 0);
+    // The hold starts afresh: three more failed reads are held again.
+    for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
+        EXPECT_EQ(s.at(std::nullopt), TS::critical) << "held sample " << held;
+    }
+    EXPECT_EQ(s.at(std::nullopt), TS::nominal);
+}
+
+TEST(ThermalDerivation, ReadingPastTheCeilingAfterAnEmergencyKeepsIt) {
+    OneSource s(hwmonConditions({.emergency = 110.0}));
+    s.at(120);
+    ASSERT_EQ(s.at(120), TS::critical);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(s.at(151), TS::critical) << "sample " << i;
+    }
+    EXPECT_EQ(s.at(std::numeric_limits<double>::infinity()), TS::critical);
+}
+
+TEST(ThermalDerivation, ReadingPastTheCeilingWithNothingHeldDoesNotCount) {
+    OneSource s(hwmonConditions({.emergency = 110.0}));
+    s.at(40);
+    EXPECT_EQ(s.at(151), TS::nominal);
+    EXPECT_EQ(s.at(151), TS::nominal);
+}
+
+TEST(ThermalDerivation, ReadingBelowTheFloorAfterAnEmergencyIsAFailedRead) {
+    OneSource s(hwmonConditions({.emergency = 110.0}));
+    s.at(120);
+    s.at(120);
+    for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
+        EXPECT_EQ(s.at(0), TS::critical) << "held sample " << held;
+    }
+    EXPECT_EQ(s.at(0), TS::nominal);
+}
+
+TEST(ThermalDerivation, AssumedCriticalNeedsOneMoreCriticalSample) {
+    OneSource s(zoneConditions({trip("hot", 95)}));
+    s.deriver.assumePrevious(TS::critical);
+    EXPECT_EQ(s.at(99), TS::critical);
+    OneSource fresh(zoneConditions({trip("hot", 95)}));
+    fresh.deriver.assumePrevious(TS::serious);
+    EXPECT_EQ(fresh.at(99), TS::serious);
 }
 
 TEST(ThermalDerivation, RediscoveryKeepsWhatASourceHeld) {

@@ -8,8 +8,8 @@
 namespace velmora {
 namespace {
 
-Timestamp at(double seconds) {
-    return Timestamp::fromSeconds(1'800'000'000.0 + seconds);
+MonoTime at(double seconds) {
+    return MonoTime::fromSeconds(1'800'000'000.0 + seconds);
 }
 
 TEST(Alerter, SustainedHotBecomesExtremeAtNinetySeconds) {

@@ -4,8 +4,8 @@
 
 namespace velmora::testing {
 
-inline Timestamp at(double seconds) {
-    return Timestamp::fromSeconds(1'800'000'000.0 + seconds);
+inline MonoTime at(double seconds) {
+    return MonoTime::fromSeconds(1'800'000'000.0 + seconds);
 }
 
 inline constexpr CInput kCritical{.critical = true, .calm = false, .enabled = true};

@@ -96,9 +96,9 @@ TEST(Machine, RemainingRoundsUpAndRemainingMsNeverGoesNegative) {
 TEST(Machine, RemainingMsRoundsHalfAwayFromZero) {
     // Near the epoch so that half a millisecond is exactly representable enough.
     Machine m(CConfig::production(), false);
-    m.startCountdown(Timestamp::fromSeconds(0));
-    EXPECT_EQ(m.remainingMs(Timestamp::fromSeconds(9.9995)), 1);
-    EXPECT_EQ(m.remainingMs(Timestamp::fromSeconds(9.9996)), 0);
+    m.startCountdown(MonoTime::fromSeconds(0));
+    EXPECT_EQ(m.remainingMs(MonoTime::fromSeconds(9.9995)), 1);
+    EXPECT_EQ(m.remainingMs(MonoTime::fromSeconds(9.9996)), 0);
 }
 
 TEST(Machine, RemainingIsZeroOutsideACountdown) {

@@ -147,7 +147,11 @@ void GlibMainLoop::forget(TimerId id) {
     timers_.erase(found);
 }
 
-Timestamp GlibMainLoop::now() const {
+MonoTime GlibMainLoop::now() const {
+    return MonoTime::now();
+}
+
+Timestamp GlibMainLoop::wallNow() const {
     return Timestamp::now();
 }
 

@@ -28,7 +28,8 @@ class GlibMainLoop final : public MainLoop {
     /// intervals share their wake-ups; the first run comes within one interval.
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
-    Timestamp now() const override;
+    MonoTime now() const override;
+    Timestamp wallNow() const override;
     /// Background work may finish after the loop is gone (a detached probe at quit): its
     /// completion is then dropped instead of reaching a destroyed loop.
     Post poster() override;

@@ -19,7 +19,8 @@ std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts) 
 PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnvironment& env,
                                 const std::filesystem::path& resources) {
     PlatformParts parts;
-    parts.services.collector = makePlatformCollector(opts);
+    // Discovery and every read happen on the sampling thread, never on the loop.
+    parts.services.makeCollector = [opts] { return makePlatformCollector(opts); };
     if (const auto config = defaultConfigDir(env)) {
         parts.services.preferences = std::make_unique<FilePreferences>(*config);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,10 +46,18 @@ struct HwmonInventory {
     std::vector<HwmonChip> chips;
     std::vector<HwmonTemp> temps;
     std::vector<HwmonFan> fans;
+    /// Paths of inputs that read but were not kept open for want of descriptors.
+    std::vector<std::string> leftOut;
 };
 
-/// Every chip under <root>/sys/class/hwmon with the inputs that read now.
-HwmonInventory discoverHwmon(const std::string& root);
+class FilePool;
+
+/// Every chip under <root>/sys/class/hwmon with the inputs that read now. Files still open in
+/// `pool` are taken over instead of opened again. With more inputs than `descriptors`, the
+/// temperatures with an emergency limit come first, then the hottest, then the fans; the rest
+/// are listed in `leftOut`.
+HwmonInventory discoverHwmon(const std::string& root, FilePool* pool = nullptr,
+                             std::size_t descriptors = SIZE_MAX);
 
 /// Degrees Celsius from the kernel's millidegrees.
 inline double fromMillidegrees(long long milli) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "metrics/linux/file_pool.hpp"
 #include "metrics/linux/sysfs_dir.hpp"
 
 namespace velmora {
@@ -40,26 +41,72 @@ LinuxBackend::LinuxBackend(std::string root, std::unique_ptr<GpuVendorLibrary> v
       procBuffer_(16384),
       smallBuffer_(4096) {}
 
-void LinuxBackend::discover(Timestamp now) {
+void LinuxBackend::discover(Timestamp now, SysfsFingerprint fingerprint) {
+    // The many sensor inputs keep their descriptors; everything else is closed before anything
+    // is opened, so a rediscovery never holds two inventories.
+    FilePool pool;
+    for (HwmonTemp& temp : inv_.hwmon.temps)
+        pool.add(std::move(temp.input));
+    for (HwmonFan& fan : inv_.hwmon.fans)
+        pool.add(std::move(fan.input));
+    inv_ = LinuxInventory{};
+    pool.closeChanged();
     LinuxInventory inv;
     inv.procStat = SysfsFile::openReadable(root_ + "/proc/stat");
     inv.meminfo = SysfsFile::openReadable(root_ + "/proc/meminfo");
     inv.pressure = SysfsFile::openReadable(root_ + "/proc/pressure/memory");
     inv.loadavg = SysfsFile::openReadable(root_ + "/proc/loadavg");
     inv.cpuOnline = SysfsFile::openReadable(root_ + "/sys/devices/system/cpu/online");
-    inv.hwmon = discoverHwmon(root_);
     inv.zones = discoverThermalZones(root_);
     inv.throttleCounters = discoverThrottleCounters(root_);
     inv.supplies = discoverPowerSupplies(root_);
     inv.rapl = RaplMeter::discover(root_);
     inv.gpuBusy = discoverGpuBusy(root_);
     inv.platformProfile = SysfsFile::openReadable(root_ + "/sys/firmware/acpi/platform_profile");
+    // Last, so that the sensor inputs get what the descriptor limit leaves; pooled ones are
+    // open already and count as available.
+    inv.hwmon = discoverHwmon(root_, &pool, spareDescriptors(reservedDescriptors) + pool.size());
     inv_ = std::move(inv);
+    fingerprint_ = std::move(fingerprint);
     setThermalSources();
     throttleCounts_.clear();
     ++discoveries_;
     discoveredAt_ = now;
     readFailed_ = false;
+    noteDiscovery(pool.reused());
+}
+
+void LinuxBackend::noteDiscovery(std::size_t reused) {
+    const auto& hwmon = inv_.hwmon;
+    if (discoveries_ > 1) {
+        notices_.push_back("live: sensors rediscovered: " + std::to_string(hwmon.temps.size()) +
+                           " temperature inputs and " + std::to_string(hwmon.fans.size()) +
+                           " fans open, " + std::to_string(reused) + " of them kept from before");
+    }
+    if (hwmon.leftOut.empty()) return;
+    constexpr std::size_t named = 10;
+    std::string line = "live: descriptor limit: " + std::to_string(hwmon.leftOut.size()) +
+                       " sensor inputs left out (kept " + std::to_string(hwmon.temps.size()) +
+                       " temperatures, emergency limits and the hottest first): ";
+    for (std::size_t i = 0; i < hwmon.leftOut.size() && i < named; ++i)
+        line += (i > 0 ? ", " : "") + hwmon.leftOut[i];
+    if (hwmon.leftOut.size() > named) {
+        line += " and " + std::to_string(hwmon.leftOut.size() - named) + " more";
+    }
+    notices_.push_back(line);
+}
+
+std::vector<std::string> LinuxBackend::takeNotices() {
+    return std::exchange(notices_, {});
+}
+
+bool LinuxBackend::rediscoverIfChanged(Timestamp now) {
+    readFailed_ = false;
+    discoveredAt_ = now;
+    auto fingerprint = sysfsFingerprint(root_);
+    if (fingerprint == fingerprint_) return false;
+    discover(now, std::move(fingerprint));
+    return true;
 }
 
 void LinuxBackend::setThermalSources() {
@@ -82,10 +129,13 @@ void LinuxBackend::setThermalSources() {
 }
 
 void LinuxBackend::maybeRediscover(Timestamp now) {
-    const bool due = !discoveredAt_ || readFailed_ ||
-                     now - *discoveredAt_ >= rediscoverEverySeconds ||
+    if (!discoveredAt_) {
+        discover(now, sysfsFingerprint(root_));
+        return;
+    }
+    const bool due = readFailed_ || now - *discoveredAt_ >= rediscoverEverySeconds ||
                      now < *discoveredAt_;  // the clock was set back
-    if (due) discover(now);
+    if (due) rediscoverIfChanged(now);
 }
 
 void LinuxBackend::prime(Timestamp now) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "metrics/linux/proc_stat.hpp"
 #include "metrics/linux/rapl.hpp"
 #include "metrics/linux/sysfs_file.hpp"
+#include "metrics/linux/sysfs_fingerprint.hpp"
 #include "metrics/linux/thermal_deriver.hpp"
 #include "metrics/linux/thermal_zones.hpp"
 #include "metrics/metrics_backend.hpp"
@@ -35,13 +37,18 @@ struct LinuxInventory {
 };
 
 /// Reads /proc and /sys below a root prefix: discovery once, one `pread` per attribute per
-/// sample, rediscovery after a failed read or once a minute. Derives the thermal state from the
-/// kernel's trip points and hwmon limits.
+/// sample. After a failed read, and once a minute, it compares the sensor directories with what
+/// it found before and rediscovers only when a device came, went or was replaced; a rediscovery
+/// keeps the descriptors of unchanged files and closes the others before it opens anything. With
+/// more inputs than descriptors it keeps the emergency-limited and hottest temperatures and says
+/// what it left out. Derives the thermal state from the kernel's trip points and hwmon limits.
 class LinuxBackend final : public MetricsBackend {
   public:
     static constexpr double rediscoverEverySeconds = 60.0;
     /// CPU loads over a shorter span are a handful of clock ticks: noise, so they are absent.
     static constexpr double minimumCpuSpanSeconds = 0.2;
+    /// Descriptors left for everything else the process opens (log, bus, sounds, settings).
+    static constexpr std::size_t reservedDescriptors = 64;
 
     /// `root` is "/" or a directory holding proc/ and sys/ trees; `vendorGpu` may be null.
     explicit LinuxBackend(std::string root, std::unique_ptr<GpuVendorLibrary> vendorGpu = nullptr);
@@ -56,9 +63,14 @@ class LinuxBackend final : public MetricsBackend {
     void setPowerProfiles(std::unique_ptr<PowerProfileSource> profiles) {
         profiles_ = std::move(profiles);
     }
+    void assumeThermal(ThermalState previous) override { deriver_.assumePrevious(previous); }
+    std::vector<std::string> takeNotices() override;
 
     /// How many times the files were discovered, the first time included.
     int discoveries() const { return discoveries_; }
+    /// Compares the sensor directories with the last discovery's and rediscovers only when they
+    /// differ; true when it rediscovered.
+    bool rediscoverIfChanged(Timestamp now);
     const ThermalDeriver& thermal() const { return deriver_; }
 
   private:
@@ -74,7 +86,8 @@ class LinuxBackend final : public MetricsBackend {
         std::string power;
     };
 
-    void discover(Timestamp now);
+    void discover(Timestamp now, SysfsFingerprint fingerprint);
+    void noteDiscovery(std::size_t reused);
     void setThermalSources();
     void maybeRediscover(Timestamp now);
 
@@ -96,6 +109,7 @@ class LinuxBackend final : public MetricsBackend {
     std::vector<DeviceSource> gpuSourceRows() const;
     void sampleBattery(LiveInputs& in);
     ThermalState deriveThermal();
+    void noteStale();
     bool throttleRose();
     void sampleFans(LiveInputs& in);
     void samplePower(LiveInputs& in, Timestamp now);
@@ -109,6 +123,9 @@ class LinuxBackend final : public MetricsBackend {
     ThermalDeriver deriver_;
     std::vector<ThermalSlot> thermalSlots_;
     int discoveries_ = 0;
+    SysfsFingerprint fingerprint_;
+    std::vector<std::string> notices_;
+    std::set<std::string> notedStale_;
     std::optional<Timestamp> discoveredAt_;
     bool readFailed_ = false;
 

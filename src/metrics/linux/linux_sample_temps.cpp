@@ -107,8 +107,23 @@ ThermalState LinuxBackend::deriveThermal() {
     }
     const bool cpuThrottled = throttleRose();
     const auto gpu = throttledGpu();
-    return deriver_.update(thermalReadings_, cpuThrottled || gpu,
-                           cpuThrottled ? "thermal_throttle" : gpu.value_or(""));
+    const ThermalState state = deriver_.update(thermalReadings_, cpuThrottled || gpu,
+                                               cpuThrottled ? "thermal_throttle" : gpu.value_or(""));
+    noteStale();
+    return state;
+}
+
+// Once per source, so that a sensor that fails now and then does not fill the log.
+void LinuxBackend::noteStale() {
+    for (const std::string& id : deriver_.staleIds()) {
+        if (!notedStale_.insert(id).second) continue;
+        const auto held = deriver_.lastPlausible(id);
+        notices_.push_back("live: " + id + " did not read a plausible value; its last value" +
+                           (held ? " (" + std::to_string(static_cast<int>(*held)) + " C)" : "") +
+                           " and state are held, stale, for up to " +
+                           std::to_string(ThermalDeriver::holdSamples) +
+                           " samples (logged once per sensor)");
+    }
 }
 
 bool LinuxBackend::throttleRose() {

@@ -53,7 +53,7 @@ std::string fansSource(const std::vector<HwmonFan>& fans) {
 }  // namespace
 
 std::string LinuxBackend::sensorSummary() {
-    if (!discoveredAt_) discover(Timestamp::now());
+    if (!discoveredAt_) discover(Timestamp::now(), sysfsFingerprint(root_));
     const std::size_t temps = deriver_.sourceCount();
     const std::size_t counters = inv_.throttleCounters.size();
     std::string summary = "hwmon: " + chipsText(inv_.hwmon);

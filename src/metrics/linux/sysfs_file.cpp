@@ -1,6 +1,9 @@
 #include "metrics/linux/sysfs_file.hpp"
 
+#include "metrics/read_watch.hpp"
+
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -11,6 +14,8 @@
 namespace velmora {
 
 std::optional<SysfsFile> SysfsFile::open(const std::string& path) {
+    if (readQuarantined(path)) return std::nullopt;
+    const ReadWatch::Scope watched(path);
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return std::nullopt;
     return SysfsFile(fd, path);
@@ -19,7 +24,8 @@ std::optional<SysfsFile> SysfsFile::open(const std::string& path) {
 std::optional<SysfsFile> SysfsFile::openReadable(const std::string& path) {
     auto file = open(path);
     std::array<char, 64> probe{};
-    if (!file || !file->read(probe)) return std::nullopt;
+    // A second try, so that one failed read at discovery does not lose the file for good.
+    if (!file || (!file->read(probe) && !file->read(probe))) return std::nullopt;
     return file;
 }
 
@@ -39,7 +45,15 @@ SysfsFile::~SysfsFile() {
     if (fd_ >= 0) ::close(fd_);
 }
 
+bool SysfsFile::stillAtPath() const {
+    struct stat open {};
+    struct stat named {};
+    if (fd_ < 0 || ::fstat(fd_, &open) != 0 || ::stat(path_.c_str(), &named) != 0) return false;
+    return open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
 std::optional<std::string_view> SysfsFile::read(std::span<char> buffer) const {
+    const ReadWatch::Scope watched(path_);
     ssize_t got = -1;
     do {
         got = ::pread(fd_, buffer.data(), buffer.size(), 0);
@@ -65,7 +79,8 @@ std::optional<std::string> readSmallFile(const std::string& path) {
     const auto file = SysfsFile::open(path);
     if (!file) return std::nullopt;
     std::array<char, 4096> buffer{};
-    const auto text = file->read(buffer);
+    auto text = file->read(buffer);
+    if (!text) text = file->read(buffer);  // one failed read must not lose a limit for good
     if (!text) return std::nullopt;
     return std::string(*text);
 }

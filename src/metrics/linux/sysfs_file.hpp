@@ -30,6 +30,8 @@ class SysfsFile {
     std::optional<std::string> readLine() const;
 
     const std::string& path() const { return path_; }
+    /// Whether the path still names the open file (not removed, not replaced by another).
+    bool stillAtPath() const;
 
   private:
     SysfsFile(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}

@@ -27,17 +27,17 @@ void firstRun(nlohmann::json& out, const std::filesystem::path& dir) {
     EngineRig rig(dir, 0);
     rig.sensor->celsius = kNominal;
     out.push_back(record("engine-consent", rig.tickTo(0)));
-    rig.engine->consent(true, EngineRig::at(0.25));
+    rig.engine->consent(true, EngineRig::wallAt(0.25));
     out.push_back(record("engine-home", rig.tickTo(0.5)));
     out.push_back(record("engine-settings", rig.tickTo(0.75), true));
-    rig.engine->setAuto(false, EngineRig::at(1));
+    rig.engine->setAuto(false, EngineRig::wallAt(1));
     out.push_back(record("engine-settings-off", rig.tickTo(1.25), true));
 }
 
 void emergency(nlohmann::json& out, const std::filesystem::path& dir) {
     {
         EngineRig rig(dir, 0);
-        rig.engine->consent(true, EngineRig::at(0));
+        rig.engine->consent(true, EngineRig::wallAt(0));
         rig.sensor->celsius = kCritical;
         out.push_back(record("engine-count", rig.tickTo(2.75)));
         out.push_back(record("engine-count-late", rig.tickTo(9.5)));
@@ -52,7 +52,7 @@ void emergency(nlohmann::json& out, const std::filesystem::path& dir) {
 
 void cancelledThenCooled(nlohmann::json& out, const std::filesystem::path& dir) {
     EngineRig rig(dir, 0);
-    rig.engine->consent(true, EngineRig::at(0));
+    rig.engine->consent(true, EngineRig::wallAt(0));
     rig.sensor->celsius = kCritical;
     rig.tickTo(3);
     rig.engine->cancel(EngineRig::at(3.25));
@@ -64,7 +64,7 @@ void failedShutdown(nlohmann::json& out, const std::filesystem::path& dir,
                     const ShutdownError& error, const std::string& name) {
     EngineRig rig(dir, 0);
     rig.shutdowner->shutdownError = error;
-    rig.engine->consent(true, EngineRig::at(0));
+    rig.engine->consent(true, EngineRig::wallAt(0));
     rig.sensor->celsius = kCritical;
     out.push_back(record(name, rig.tickTo(11)));
 }
@@ -73,7 +73,7 @@ void deniedPermission(nlohmann::json& out, const std::filesystem::path& dir) {
     EngineRig rig(dir, 0);
     rig.shutdowner->probeAnswer = AutomationOutcome::denied("not authorized");
     rig.sensor->celsius = kNominal;
-    rig.engine->consent(true, EngineRig::at(0));
+    rig.engine->consent(true, EngineRig::wallAt(0));
     out.push_back(record("engine-perm", rig.tickTo(0.5)));
     rig.engine->dismissPerm();
     out.push_back(record("engine-settings-denied", rig.tickTo(0.75), true));
@@ -82,7 +82,7 @@ void deniedPermission(nlohmann::json& out, const std::filesystem::path& dir) {
 void simulation(nlohmann::json& out, const std::filesystem::path& dir) {
     EngineRig rig(dir, 0);
     rig.sensor->celsius = kNominal;
-    rig.engine->consent(true, EngineRig::at(0));
+    rig.engine->consent(true, EngineRig::wallAt(0));
     rig.engine->startSim(EngineRig::at(1));
     out.push_back(record("engine-lead", rig.tickTo(2)));
     out.push_back(record("engine-count-sim", rig.tickTo(8)));

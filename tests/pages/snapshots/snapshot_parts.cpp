@@ -36,7 +36,11 @@ nlohmann::json EngineRig::tickTo(double t) {
     return view;
 }
 
-Timestamp EngineRig::at(double t) {
+MonoTime EngineRig::at(double t) {
+    return MonoTime::fromSeconds(1'800'000'000 + t);
+}
+
+Timestamp EngineRig::wallAt(double t) {
     return Timestamp::fromSeconds(1'800'000'000 + t);
 }
 

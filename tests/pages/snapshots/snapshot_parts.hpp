@@ -46,7 +46,8 @@ struct EngineRig {
     EngineRig(const std::filesystem::path& dir, double t);
     /// Ticks every quarter second from the last tick up to `t`; returns the last view.
     nlohmann::json tickTo(double t);
-    static Timestamp at(double t);
+    static MonoTime at(double t);
+    static Timestamp wallAt(double t);
 
     std::shared_ptr<SetSensor> sensor = std::make_shared<SetSensor>();
     std::shared_ptr<ChosenShutdowner> shutdowner = std::make_shared<ChosenShutdowner>();

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "metrics/heat_collector.hpp"
+#include "metrics/live_inputs.hpp"
+#include "policy/mono_time.hpp"
+#include "policy/sinks.hpp"
+#include "policy/thermal_state.hpp"
+
+namespace velmora {
+
+/// One finished sample as the loop receives it.
+struct LiveDelivery {
+    LiveInputs inputs;
+    /// The sensor summary of a freshly built collector, on its first sample only.
+    std::string summary;
+    /// What the readers had to say since the previous sample (sensors left out, rediscoveries).
+    std::vector<std::string> notices;
+};
+
+/// Runs the collector on a thread of its own so that no read, discovery or rediscovery ever
+/// blocks the loop that ticks the countdown. The loop asks for a sample once a second; the
+/// finished sample is posted back. A single open or read that has not returned after
+/// `hangAfterSeconds` (or a sample that takes `sampleLimitSeconds` in all) is abandoned: the
+/// file is never opened again, the thread is left to its read, and a fresh collector starts on a
+/// new thread, told the last thermal state so that a confirmed emergency stays confirmed. Until
+/// then the loop goes on with the last sample, which stays valid for ten seconds.
+class LiveSampler {
+  public:
+    using MakeCollector = std::function<std::unique_ptr<HeatCollector>()>;
+    using Deliver = std::function<void(const LiveDelivery&)>;
+    using Clock = std::function<MonoTime()>;
+
+    static constexpr double hangAfterSeconds = 2.0;
+    static constexpr double sampleLimitSeconds = 15.0;
+
+    /// `post` must run work on the loop from any thread; `deliver` runs there.
+    LiveSampler(MakeCollector make, Post post, Deliver deliver, LogSink log,
+                Clock clock = &MonoTime::now);
+    ~LiveSampler();
+    LiveSampler(const LiveSampler&) = delete;
+    LiveSampler& operator=(const LiveSampler&) = delete;
+    LiveSampler(LiveSampler&&) = delete;
+    LiveSampler& operator=(LiveSampler&&) = delete;
+
+    /// Asks for the next sample, or replaces a collector whose sample hangs. Loop thread only.
+    void request();
+    /// Asks for a sample and waits at most `limit` for it (start-up only); the sample is also
+    /// remembered as delivered. Nothing when it did not come in time: it is posted later.
+    std::optional<LiveDelivery> awaitFirst(std::chrono::milliseconds limit);
+
+    /// The thermal state of a sample received less than ten seconds ago.
+    std::optional<ThermalState> currentThermal(MonoTime now) const;
+    const std::optional<LiveInputs>& last() const { return last_; }
+    /// How many collectors were abandoned because a read hung.
+    int restarts() const { return restarts_; }
+
+  private:
+    struct Worker;
+
+    void startWorker();
+    void received(const LiveDelivery& delivery);
+    void abandon(Worker& worker, const std::string& path);
+
+    MakeCollector make_;
+    Post post_;
+    Deliver deliver_;
+    LogSink log_;
+    Clock clock_;
+    std::shared_ptr<Worker> worker_;
+    std::optional<LiveInputs> last_;
+    std::optional<MonoTime> lastAt_;
+    int restarts_ = 0;
+    /// Posted deliveries hold this weakly: once the sampler is gone they do nothing.
+    std::shared_ptr<LiveSampler*> self_ = std::make_shared<LiveSampler*>(this);
+};
+
+}  // namespace velmora
