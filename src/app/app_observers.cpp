@@ -32,7 +32,7 @@ void AppController::notifyTicked(const nlohmann::json& view) {
 
 void AppController::notifySampled(const LiveInputs& inputs) {
     for (const auto& observer : observers_)
-        observer->sampled(inputs, loop_.now());
+        observer->sampled(inputs, loop_.wallNow());
 }
 
 }  // namespace velmora
