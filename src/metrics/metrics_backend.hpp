@@ -23,6 +23,8 @@ struct MetricSources {
     std::string gpuLoad;
     std::string fans;
     std::string power;
+    /// The file behind each of the latest sample's `powerSources`, in the same order.
+    std::vector<std::string> powerFiles{};
 };
 
 /// One platform's metric sources. Readers never throw; every failure is an absent value.

@@ -49,10 +49,12 @@ void LinuxBackend::discover(Timestamp now) {
     inv.cpuOnline = SysfsFile::openReadable(root_ + "/sys/devices/system/cpu/online");
     inv.hwmon = discoverHwmon(root_);
     inv.zones = discoverThermalZones(root_);
+    inv.zoneListing = listZones(inv.zones, inv.hwmon);
     inv.throttleCounters = discoverThrottleCounters(root_);
     inv.supplies = discoverPowerSupplies(root_);
     inv.rapl = RaplMeter::discover(root_);
     inv.gpuBusy = discoverGpuBusy(root_);
+    inv.gpuPower = discoverGpuPower(root_);
     inv.platformProfile = SysfsFile::openReadable(root_ + "/sys/firmware/acpi/platform_profile");
     inv.powerProfilesState =
         SysfsFile::openReadable(root_ + "/var/lib/power-profiles-daemon/state.ini");

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "metrics/linux/gpu_power.hpp"
 #include "metrics/linux/gpu_vendor.hpp"
 #include "metrics/linux/hwmon.hpp"
 #include "metrics/linux/power_supply.hpp"
@@ -13,6 +14,7 @@
 #include "metrics/linux/sysfs_file.hpp"
 #include "metrics/linux/thermal_deriver.hpp"
 #include "metrics/linux/thermal_zones.hpp"
+#include "metrics/linux/zone_sensors.hpp"
 #include "metrics/metrics_backend.hpp"
 
 namespace velmora {
@@ -26,10 +28,12 @@ struct LinuxInventory {
     std::optional<SysfsFile> cpuOnline;
     HwmonInventory hwmon;
     std::vector<ThermalZone> zones;
+    ZoneListing zoneListing;
     std::vector<SysfsFile> throttleCounters;
     PowerSupplies supplies;
     RaplMeter rapl;
     std::vector<SysfsFile> gpuBusy;
+    std::vector<GpuPowerFile> gpuPower;
     std::optional<SysfsFile> platformProfile;
     std::optional<SysfsFile> powerProfilesState;
 };
@@ -60,9 +64,12 @@ class LinuxBackend final : public MetricsBackend {
     };
     struct Chosen {
         std::string cpuTemp;
+        /// Says which kind of source stands in for a CPU sensor, when one does.
+        std::string cpuTempNote;
         std::string gpuTemp;
         std::string batteryTemp;
         std::string power;
+        std::vector<std::string> powerFiles;
     };
 
     void discover(Timestamp now);
@@ -78,7 +85,11 @@ class LinuxBackend final : public MetricsBackend {
     void sampleTemperatures(LiveInputs& in);
     void sampleHwmonTemps(LiveInputs& in);
     void sampleVendorGpus(LiveInputs& in);
+    void addZoneSensors(LiveInputs& in);
+    void chooseHeadlineTemps(LiveInputs& in);
+    BatteryRaw readBattery(const BatteryFiles& files);
     void sampleBattery(LiveInputs& in);
+    void addPowerSource(LiveInputs& in, const PowerReading& reading, const std::string& file);
     ThermalState deriveThermal();
     bool throttleRose();
     void sampleFans(LiveInputs& in);

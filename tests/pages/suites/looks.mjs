@@ -8,6 +8,7 @@ import { lowContrastTexts } from '../support/contrast.mjs';
 
 const HOME_SHOTS = [
   ['normal', 'none'],
+  ['sources', 'none'],
   ['extreme', 'extreme'],
   ['forced-critical', 'emergency'],
   ['empty', 'none'],
