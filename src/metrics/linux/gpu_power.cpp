@@ -20,8 +20,9 @@ std::optional<GpuPowerFile> powerFileIn(const std::string& dir, const std::strin
     for (const char* name : {"power1_average", "power1_input"}) {
         if (auto file = SysfsFile::openReadable(childPath(dir, name))) {
             std::string label = attributeText(childPath(dir, "power1_label"));
-            if (label.empty()) label = name;
-            return GpuPowerFile{std::move(*file), "hwmon " + chip + " " + label};
+            std::string source = "hwmon " + chip;
+            source.append(" ").append(label.empty() ? name : label);
+            return GpuPowerFile{std::move(*file), std::move(source)};
         }
     }
     return std::nullopt;

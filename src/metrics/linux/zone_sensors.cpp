@@ -93,6 +93,7 @@ ZoneListing listZones(const std::vector<ThermalZone>& zones, const HwmonInventor
     listing.listed.assign(zones.size(), true);
     nameZones(listing, zones);
     std::vector<Place> zonePlaces;
+    zonePlaces.reserve(zones.size());
     for (const ThermalZone& zone : zones)
         zonePlaces.push_back(placeOf(zoneDirOf(zone)));
 
