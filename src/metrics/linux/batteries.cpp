@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "metrics/linux/utf8_text.hpp"
+
 namespace velmora {
 
 namespace {
@@ -81,8 +83,9 @@ std::string batteryStatusWord(std::string_view status) {
 BatteryPack batteryPackFromRaw(const std::string& name, const BatteryRaw& raw,
                                std::optional<long long> voltageMinDesignMicrovolts) {
     BatteryPack pack;
-    pack.name = name;
-    pack.source = "power_supply " + name;
+    // The name is a directory's, and reaches the dashboard's JSON, which must be valid UTF-8.
+    pack.name = validUtf8(name);
+    pack.source = "power_supply " + pack.name;
     if (raw.status) pack.status = batteryStatusWord(*raw.status);
     BatteryRaw known = raw;
     known.status = pack.status;

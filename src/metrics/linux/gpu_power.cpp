@@ -49,7 +49,8 @@ std::vector<GpuPowerFile> discoverGpuPower(const std::string& root) {
 
 std::optional<PowerReading> gpuPowerReading(long long microwatts, const std::string& source) {
     const double watts = static_cast<double>(microwatts) / 1'000'000.0;
-    if (!(watts >= 0.0 && watts < kMaxGpuWatts)) return std::nullopt;
+    // Drivers print 0 where the card keeps no average, so 0 is no figure rather than 0 W.
+    if (!(watts > 0.0 && watts < kMaxGpuWatts)) return std::nullopt;
     return PowerReading{.watts = watts, .label = "GPU power", .source = source};
 }
 

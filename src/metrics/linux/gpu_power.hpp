@@ -20,7 +20,7 @@ struct GpuPowerFile {
 /// figure the driver smooths) or power1_input.
 std::vector<GpuPowerFile> discoverGpuPower(const std::string& root);
 
-/// The reading labelled as the GPU's; nothing for a value no GPU draws.
+/// The reading labelled as the GPU's; nothing for 0 or a value no GPU draws.
 std::optional<PowerReading> gpuPowerReading(long long microwatts, const std::string& source);
 
 }  // namespace velmora
