@@ -102,4 +102,53 @@ void BM_LinuxSampleFixedCount(benchmark::State& state) {
 BENCHMARK(BM_LinuxSampleFixedCount)->Iterations(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LinuxSampleFixedCount)->Iterations(200)->Unit(benchmark::kMicrosecond);
 
+// A board that reports through thermal zones only, with a GPU's power and two batteries: the
+// zones are listed and ranked for the CPU figure, the packs combined, every power figure read.
+void writeZonesAndSupplies(const fs::path& root, int zones) {
+    for (int i = 0; i < zones; ++i) {
+        const fs::path zone = root / "sys/class/thermal" / ("thermal_zone" + std::to_string(i));
+        writeFile(zone / "type", (i % 2 == 0 ? "cpu" : "soc") + std::to_string(i) + "-thermal\n");
+        writeFile(zone / "temp", std::to_string(40000 + i * 7 % 30000) + "\n");
+        writeFile(zone / "trip_point_0_type", "critical\n");
+        writeFile(zone / "trip_point_0_temp", "110000\n");
+        writeFile(zone / "trip_point_1_type", "active\n");
+        writeFile(zone / "trip_point_1_temp", "50000\n");
+    }
+    const fs::path gpu = root / "sys/class/hwmon/hwmon0";
+    writeFile(gpu / "name", "amdgpu\n");
+    writeFile(gpu / "temp1_input", "50000\n");
+    writeFile(gpu / "power1_average", "32114000\n");
+    writeFile(root / "sys/class/power_supply/AC/type", "Mains\n");
+    writeFile(root / "sys/class/power_supply/AC/online", "0\n");
+    for (const char* name : {"BAT0", "BAT1"}) {
+        const fs::path bat = root / "sys/class/power_supply" / name;
+        writeFile(bat / "type", "Battery\n");
+        writeFile(bat / "status", "Discharging\n");
+        writeFile(bat / "capacity", "60\n");
+        writeFile(bat / "energy_now", "30000000\n");
+        writeFile(bat / "energy_full", "50000000\n");
+        writeFile(bat / "power_now", "5000000\n");
+        writeFile(bat / "voltage_now", "11500000\n");
+    }
+}
+
+void BM_LinuxSampleZonesAndSupplies(benchmark::State& state) {
+    const int zones = static_cast<int>(state.range(0));
+    std::string pattern = (fs::temp_directory_path() / "velmora-bench-XXXXXX").string();
+    const fs::path root = ::mkdtemp(pattern.data());
+    writeFile(root / "proc/stat", procStat(4));
+    writeZonesAndSupplies(root, zones);
+    {
+        LinuxBackend backend(root.string());
+        const Timestamp now = Timestamp::fromSeconds(1'700'000'000);
+        backend.prime(now);
+        for (auto _ : state)
+            benchmark::DoNotOptimize(backend.sample(now));
+        state.counters["zones"] = zones;
+        if (backend.discoveries() != 1) state.SkipWithError("the sample rediscovered its files");
+    }
+    fs::remove_all(root);
+}
+BENCHMARK(BM_LinuxSampleZonesAndSupplies)->Arg(4)->Arg(64)->Unit(benchmark::kMicrosecond);
+
 }  // namespace

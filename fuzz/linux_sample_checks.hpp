@@ -78,6 +78,27 @@ inline void checkBattery(const std::optional<BatteryInfo>& battery) {
             "a positive, finite voltage");
 }
 
+inline void checkPowerSourcesAndPacks(const LiveInputs& in) {
+    for (const PowerReading& power : in.powerSources) {
+        require(std::isfinite(power.watts) && power.watts > 0 && power.watts < 2000,
+                "every listed power figure is a believable number of watts");
+        checkText(power.label);
+        checkText(power.source);
+    }
+    for (const BatteryPack& pack : in.batteries) {
+        checkBattery(pack.info);
+        checkText(pack.name);
+        checkText(pack.source);
+        if (pack.status) {
+            const std::string& s = *pack.status;
+            require(s == "Unknown" || s == "Charging" || s == "Discharging" ||
+                        s == "Not charging" || s == "Full",
+                    "a battery status is one the kernel documents");
+        }
+    }
+    require(in.batteries.empty() == !in.battery, "a combined battery exactly when there are packs");
+}
+
 inline std::string fileText(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
@@ -110,6 +131,7 @@ inline void checkLinuxSample(const LiveInputs& in, const std::filesystem::path& 
     checkMemory(in.memory);
     checkFansAndPower(in);
     checkBattery(in.battery);
+    checkPowerSourcesAndPacks(in);
     checkLowPower(in, root);
 }
 
@@ -121,6 +143,8 @@ inline void checkLinuxSummary(const std::string& summary, const MetricSources& s
           &sources.gpuLoad, &sources.fans, &sources.power}) {
         checkText(*source);
     }
+    for (const std::string& file : sources.powerFiles)
+        checkText(file);
 }
 
 }  // namespace velmora::fuzz

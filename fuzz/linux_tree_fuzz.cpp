@@ -130,7 +130,7 @@ void checkDocument(const velmora::LiveInputs& in) {
     const std::string text = velmora::LiveModel::json(in);
     require(text != "{}", "the dashboard always gets a document from real readings");
     const auto document = nlohmann::json::parse(text, nullptr, false);
-    require(document.is_object() && document.size() == 27, "the document has all 27 keys");
+    require(document.is_object() && document.size() == 29, "the document has all 29 keys");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The live dashboard's JSON built from whatever the sensors reported: any numbers (NaN, infinities,
 // huge values), any counts and any sensor names and sources, valid UTF-8 or not. The text is either
-// "{}" or a JSON object with all 27 keys; with finite numbers and valid texts it is never "{}".
+// "{}" or a JSON object with all 29 keys; with finite numbers and valid texts it is never "{}".
 
 #include <cmath>
 #include <cstddef>
@@ -72,6 +72,14 @@ void readSystemRecords(SnapshotReader& r, LiveInputs& in) {
     }
     for (std::size_t n = r.count(8); n > 0; --n)
         in.sensors.push_back({r.text(), r.number(), r.text()});
+    for (std::size_t n = r.count(4); n > 0; --n)
+        in.powerSources.push_back({r.number(), r.text(), r.text()});
+    for (std::size_t n = r.count(3); n > 0; --n) {
+        velmora::BatteryPack pack{.name = r.text(), .source = r.text()};
+        if (r.flag()) pack.status = r.text();
+        if (r.flag()) pack.info.percent = r.raw<int>();
+        in.batteries.push_back(std::move(pack));
+    }
 }
 
 LiveInputs readSnapshot(SnapshotReader& r) {
@@ -113,7 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             continue;
         }
         const auto document = nlohmann::json::parse(text, nullptr, false);
-        require(document.is_object() && document.size() == 27, "the document has all 27 keys");
+        require(document.is_object() && document.size() == 29, "the document has all 29 keys");
         require(document.dump() == text, "the document is written with sorted keys, compactly");
     }
     return 0;

@@ -22,6 +22,8 @@
   const banner = document.getElementById('stage-banner');
   const coreBars = document.getElementById('core-bars');
   const sensorList = document.getElementById('sensor-list');
+  const powerList = document.getElementById('power-list');
+  const batteryList = document.getElementById('battery-list');
   let watching = false;
 
   function makeCore() {
@@ -58,6 +60,24 @@
     D.setAttr(li.children[2], 'title', D.textOf(s.source, ''));
   }
 
+  // Every power figure: what it is (CPU package, GPU, battery), how much, where it comes from.
+  function updatePower(li, power) {
+    const p = power && typeof power === 'object' ? power : {};
+    updateSensor(li, { name: p.label, value: p.value, source: p.source });
+  }
+
+  // Every battery with its own charge and the kernel's own word for what it is doing.
+  function updateBattery(li, battery) {
+    const b = battery && typeof battery === 'object' ? battery : {};
+    updateSensor(li, { name: b.name, value: b.value, source: D.textOf(b.state, D.NA) });
+    D.setAttr(li.children[2], 'title', D.textOf(b.source, ''));
+  }
+
+  function renderGroup(groupId, list, items, update) {
+    D.syncList(list, items, makeSensor, update);
+    D.show(document.getElementById(groupId), items.length > 0);
+  }
+
   function coresText(count) {
     const n = D.number(count, null);
     return n === null ? D.NA : n + (n === 1 ? ' core' : ' cores');
@@ -79,6 +99,8 @@
     const sensors = Array.isArray(live.sensorList) ? live.sensorList : [];
     D.syncList(sensorList, sensors, makeSensor, updateSensor);
     D.show(document.getElementById('sensors-empty'), sensors.length === 0);
+    renderGroup('power-group', powerList, Array.isArray(live.powerList) ? live.powerList : [], updatePower);
+    renderGroup('battery-group', batteryList, Array.isArray(live.batteryList) ? live.batteryList : [], updateBattery);
   }
 
   function showBanner(stage) {

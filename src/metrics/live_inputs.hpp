@@ -36,6 +36,10 @@ struct LiveInputs {
     std::optional<BatteryInfo> battery;
     /// Every temperature sensor, hottest first.
     std::vector<NamedTemp> sensors;
+    /// Every power figure found (CPU package, GPUs, batteries); `power` is the headline one.
+    std::vector<PowerReading> powerSources;
+    /// Every battery; `battery` is their combination.
+    std::vector<BatteryPack> batteries;
 
     bool operator==(const LiveInputs&) const = default;
 };

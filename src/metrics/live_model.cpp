@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "metrics/live_gauges.hpp"
+#include "metrics/live_lists.hpp"
 #include "metrics/live_names.hpp"
 #include "metrics/number_text.hpp"
 
@@ -119,6 +120,8 @@ nlohmann::json dictionary(const LiveInputs& in, Platform platform) {
         {"battery", batteryGauge(in.battery)},
         {"coreLoads", coreLoadList(in.coreLoads)},
         {"sensorList", sensorList(in.sensors)},
+        {"powerList", powerList(in.powerSources)},
+        {"batteryList", batteryList(in.batteries)},
         {"spark", in.cpuHistory},
         {"lowPower", in.lowPower},
         {"live",

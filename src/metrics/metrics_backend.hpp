@@ -33,6 +33,8 @@ struct MetricSources {
     std::string power;
     /// Listed after the fixed rows, one per device.
     std::vector<DeviceSource> devices{};
+    /// The file behind each of the latest sample's `powerSources`, in the same order.
+    std::vector<std::string> powerFiles{};
 };
 
 /// One temperature threshold the derived thermal state is judged by.

@@ -60,6 +60,28 @@ SourceRow thermalRow(const std::optional<LiveInputs>& last, const MetricSources&
     return thermal;
 }
 
+// Every power figure found, not only the headline one, so a GPU's draw is never hidden behind
+// the CPU package's.
+void appendPowerSourceRows(std::vector<SourceRow>& rows, const LiveInputs& in,
+                           const MetricSources& sources) {
+    for (std::size_t i = 0; i < in.powerSources.size(); ++i) {
+        const PowerReading& p = in.powerSources[i];
+        std::string source = p.source;
+        if (i < sources.powerFiles.size() && !sources.powerFiles[i].empty()) {
+            source += ": " + sources.powerFiles[i];
+        }
+        rows.push_back(row("Power source", fixedText(p.watts, 1) + " W " + p.label, source));
+    }
+}
+
+void appendBatteryRows(std::vector<SourceRow>& rows, const LiveInputs& in) {
+    for (const BatteryPack& pack : in.batteries) {
+        std::string value = pack.info.percent ? percentText(*pack.info.percent) : "n/a";
+        if (pack.status) value += " " + *pack.status;
+        rows.push_back(row("Battery " + pack.name, value, pack.source));
+    }
+}
+
 }  // namespace
 
 std::vector<SourceRow> buildSourceTable(const std::optional<LiveInputs>& last,
@@ -87,6 +109,8 @@ std::vector<SourceRow> buildSourceTable(const std::optional<LiveInputs>& last,
     };
     for (const DeviceSource& device : sources.devices)
         rows.push_back(row(device.label, last ? device.value : std::nullopt, device.source));
+    appendPowerSourceRows(rows, in, sources);
+    appendBatteryRows(rows, in);
     return rows;
 }
 

@@ -43,6 +43,22 @@ struct BatteryInfo {
     bool operator==(const BatteryInfo&) const = default;
 };
 
+/// One of possibly several batteries (a laptop's internal and external pack).
+struct BatteryPack {
+    /// The supply's own name ("BAT0").
+    std::string name;
+    /// The kernel's status word ("Discharging", "Not charging", …); absent when unread.
+    std::optional<std::string> status{};
+    BatteryInfo info{};
+    /// Stored and full energy in watt-hours, for weighting packs against each other.
+    std::optional<double> energyNowWh{};
+    std::optional<double> energyFullWh{};
+    /// "power_supply BAT0".
+    std::string source;
+
+    bool operator==(const BatteryPack&) const = default;
+};
+
 /// A fan speed worth showing: 0 ≤ rpm < 20000.
 bool plausibleRPM(double rpm);
 

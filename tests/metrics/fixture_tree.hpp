@@ -29,7 +29,8 @@ class FixtureTree {
             const auto name = entry.path().filename();
             if (name == "next") continue;
             std::filesystem::copy(entry.path(), root_ / name,
-                                  std::filesystem::copy_options::recursive);
+                                  std::filesystem::copy_options::recursive |
+                                      std::filesystem::copy_options::copy_symlinks);
         }
         next_ = source / "next";
     }

@@ -33,6 +33,10 @@ NamedTemp hwmon(const std::string& name, double milli) {
     return {name, milli / 1000.0, "hwmon " + name};
 }
 
+NamedTemp zone(const std::string& type, double milli) {
+    return {type, milli / 1000.0, "thermal " + type};
+}
+
 TEST(LinuxMachines, IntelLaptopWithCoretempAcpitzNvmeBatteryAcAndThinkpadFan) {
     FixtureTree tree("intel_laptop");
     LiveInputs e;
@@ -52,11 +56,22 @@ TEST(LinuxMachines, IntelLaptopWithCoretempAcpitzNvmeBatteryAcAndThinkpadFan) {
     e.fans = {{0, 2650.0, std::nullopt, std::nullopt}};
     e.power = PowerReading{12.5, "Package power", "RAPL package-0"};
     e.battery = BatteryInfo{87, false, false, -1234.0, 12345.0};
+    // The acpitz zone is already the acpitz chip; the package zone has no chip of its own.
     e.sensors = {hwmon("coretemp Package id 0", 62000), hwmon("coretemp Core 1", 62000),
-                 hwmon("coretemp Core 0", 58000),       hwmon("coretemp Core 3", 57000),
-                 hwmon("coretemp Core 2", 55000),       hwmon("acpitz temp1", 48000),
-                 hwmon("thinkpad temp1", 47000),        hwmon("nvme Sensor 1", 41850),
-                 hwmon("nvme Composite", 38850),        {"BAT0", 30.1, "power_supply BAT0"}};
+                 zone("x86_pkg_temp", 62000),           hwmon("coretemp Core 0", 58000),
+                 hwmon("coretemp Core 3", 57000),       hwmon("coretemp Core 2", 55000),
+                 hwmon("acpitz temp1", 48000),          hwmon("thinkpad temp1", 47000),
+                 hwmon("nvme Sensor 1", 41850),         hwmon("nvme Composite", 38850),
+                 {"BAT0", 30.1, "power_supply BAT0"}};
+    // 1234 mA at 12.345 V, by the same arithmetic as the readers.
+    e.powerSources = {*e.power, batteryPower(*e.battery, "power_supply BAT0").value()};
+    const double volts = 11580000 / 1e6;
+    e.batteries = {BatteryPack{.name = "BAT0",
+                               .status = "Discharging",
+                               .info = *e.battery,
+                               .energyNowWh = 4512000 / 1e6 * volts,
+                               .energyFullWh = 5186000 / 1e6 * volts,
+                               .source = "power_supply BAT0"}};
     EXPECT_EQ(sampleMachine(tree), e);
 }
 
@@ -85,6 +100,9 @@ TEST(LinuxMachines, AmdDesktopWithK10tempAmdgpuAndTwoFans) {
                  hwmon("k10temp Tdie", 61250),    hwmon("k10temp Tccd1", 59500),
                  hwmon("amdgpu mem", 54000),      hwmon("amdgpu edge", 52000),
                  hwmon("nct6798 SYSTIN", 34000)};
+    // Without readable RAPL or a battery, the GPU's own figure is the power shown.
+    e.power = PowerReading{112.0, "GPU power", "hwmon amdgpu power1_average"};
+    e.powerSources = {*e.power};
     EXPECT_EQ(sampleMachine(tree), e);
 }
 
@@ -142,7 +160,8 @@ TEST(LinuxMachines, SourceTableNamesTheLinuxFiles) {
     tree.advance();
     collector.sample(kStart + 1.0);
     const auto rows = collector.sourceTable();
-    ASSERT_EQ(rows.size(), 12U);
+    // Twelve metrics, then each power source and each battery.
+    ASSERT_EQ(rows.size(), 15U);
     EXPECT_EQ(rows[0].value, "Nominal");
     EXPECT_EQ(rows[1], (SourceRow{"CPU busy", "25%", "REAL live", tree.root() + "/proc/stat"}));
     EXPECT_EQ(rows[6], (SourceRow{"CPU temperature", "62.0 °C", "REAL live",
@@ -152,6 +171,12 @@ TEST(LinuxMachines, SourceTableNamesTheLinuxFiles) {
                                    tree.path("sys/class/hwmon/hwmon2/fan1_input")}));
     EXPECT_EQ(rows[11], (SourceRow{"Power", "12.5 W Package power", "REAL live",
                                    tree.path("sys/class/powercap/intel-rapl:0/energy_uj")}));
+    EXPECT_EQ(rows[12].label, "Power source");
+    EXPECT_EQ(rows[13], (SourceRow{"Power source", "15.2 W Battery discharge", "REAL live",
+                                   "power_supply BAT0: " +
+                                       tree.path("sys/class/power_supply/BAT0/current_now")}));
+    EXPECT_EQ(rows[14],
+              (SourceRow{"Battery BAT0", "87% Discharging", "REAL live", "power_supply BAT0"}));
 }
 
 }  // namespace

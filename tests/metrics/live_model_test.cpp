@@ -35,14 +35,15 @@ TEST(LiveModel, EveryOptionalAbsentGivesNaGauges) {
     EXPECT_EQ(d["spark"], json::array());
 }
 
-TEST(LiveModel, DictionaryHasAll27Keys) {
+TEST(LiveModel, DictionaryHasAll29Keys) {
     const json d = LM::dictionary(LiveInputs{});
     const std::vector<std::string> keys{
-        "status",   "thermal",   "cpuTemp",    "gpuTemp",     "batteryTemp", "cpu",      "ram",
-        "load",     "cores",     "gpu",        "memPressure", "ramDetail",   "fan",      "power",
-        "battery",  "coreLoads", "sensorList", "peakState",   "peakLabel",   "peakTemp", "spark",
-        "lowPower", "live",      "foot",       "peakTag",     "forced",      "sources"};
-    EXPECT_EQ(d.size(), 27U);
+        "status",    "thermal",  "cpuTemp", "gpuTemp",   "batteryTemp", "cpu",
+        "ram",       "load",     "cores",   "gpu",       "memPressure", "ramDetail",
+        "fan",       "power",    "battery", "coreLoads", "sensorList",  "peakState",
+        "peakLabel", "peakTemp", "spark",   "lowPower",  "live",        "foot",
+        "peakTag",   "forced",   "sources", "powerList", "batteryList"};
+    EXPECT_EQ(d.size(), 29U);
     for (const auto& key : keys)
         EXPECT_TRUE(d.contains(key)) << key;
 }

@@ -58,10 +58,12 @@ void LinuxBackend::discover(Timestamp now, SysfsFingerprint fingerprint) {
     inv.loadavg = SysfsFile::openReadable(root_ + "/proc/loadavg");
     inv.cpuOnline = SysfsFile::openReadable(root_ + "/sys/devices/system/cpu/online");
     inv.zones = discoverThermalZones(root_);
+    inv.zoneListing = listZones(inv.zones, inv.hwmon);
     inv.throttleCounters = discoverThrottleCounters(root_);
     inv.supplies = discoverPowerSupplies(root_);
     inv.rapl = RaplMeter::discover(root_);
     inv.gpuBusy = discoverGpuBusy(root_);
+    inv.gpuPower = discoverGpuPower(root_);
     inv.platformProfile = SysfsFile::openReadable(root_ + "/sys/firmware/acpi/platform_profile");
     // Last, so that the sensor inputs get what the descriptor limit leaves; pooled ones are
     // open already and count as available.

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "metrics/linux/gpu_power.hpp"
 #include "metrics/linux/gpu_vendor.hpp"
 #include "metrics/linux/hwmon.hpp"
 #include "metrics/linux/power_profiles.hpp"
@@ -16,6 +17,7 @@
 #include "metrics/linux/sysfs_fingerprint.hpp"
 #include "metrics/linux/thermal_deriver.hpp"
 #include "metrics/linux/thermal_zones.hpp"
+#include "metrics/linux/zone_sensors.hpp"
 #include "metrics/metrics_backend.hpp"
 
 namespace velmora {
@@ -29,10 +31,12 @@ struct LinuxInventory {
     std::optional<SysfsFile> cpuOnline;
     HwmonInventory hwmon;
     std::vector<ThermalZone> zones;
+    ZoneListing zoneListing;
     std::vector<SysfsFile> throttleCounters;
     PowerSupplies supplies;
     RaplMeter rapl;
     std::vector<SysfsFile> gpuBusy;
+    std::vector<GpuPowerFile> gpuPower;
     std::optional<SysfsFile> platformProfile;
 };
 
@@ -81,9 +85,12 @@ class LinuxBackend final : public MetricsBackend {
     };
     struct Chosen {
         std::string cpuTemp;
+        /// Says which kind of source stands in for a CPU sensor, when one does.
+        std::string cpuTempNote;
         std::string gpuTemp;
         std::string batteryTemp;
         std::string power;
+        std::vector<std::string> powerFiles;
     };
 
     void discover(Timestamp now, SysfsFingerprint fingerprint);
@@ -107,7 +114,11 @@ class LinuxBackend final : public MetricsBackend {
     std::optional<double> gpuCelsius(std::size_t index) const;
     std::optional<PowerReading> gpuPower();
     std::vector<DeviceSource> gpuSourceRows() const;
+    void addZoneSensors(LiveInputs& in);
+    void chooseHeadlineTemps(LiveInputs& in);
+    BatteryRaw readBattery(const BatteryFiles& files);
     void sampleBattery(LiveInputs& in);
+    void addPowerSource(LiveInputs& in, const PowerReading& reading, const std::string& file);
     ThermalState deriveThermal();
     void noteStale();
     bool throttleRose();

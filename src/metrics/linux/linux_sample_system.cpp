@@ -82,23 +82,6 @@ void LinuxBackend::sampleFans(LiveInputs& in) {
     }
 }
 
-void LinuxBackend::samplePower(LiveInputs& in, Timestamp now) {
-    in.power = inv_.rapl.sample(now, readFailed_);
-    if (in.power) {
-        chosen_.power = inv_.rapl.firstPath();
-    } else if (in.battery && inv_.supplies.battery) {
-        const BatteryFiles& files = *inv_.supplies.battery;
-        in.power = batteryPower(*in.battery, "power_supply " + files.name);
-        const auto& current = files.currentNow ? files.currentNow : files.powerNow;
-        chosen_.power = current ? current->path() : std::string();
-    }
-    if (!in.power) {
-        in.power = gpuPower();
-        if (in.power) chosen_.power = in.power->source;
-    }
-    if (!in.power) chosen_.power.clear();
-}
-
 void LinuxBackend::sampleGpuLoad(LiveInputs& in) {
     auto consider = [&](double percent) {
         if (percent < 0.0 || percent > 100.0) return;

@@ -67,35 +67,8 @@ void LinuxBackend::sampleTemperatures(LiveInputs& in) {
             zoneValues_[i] = fromMillidegrees(*milli);
         }
     }
-}
-
-void LinuxBackend::sampleBattery(LiveInputs& in) {
-    const auto& files = inv_.supplies.battery;
-    std::optional<bool> onAC;
-    for (const SysfsFile& online : inv_.supplies.acOnline) {
-        if (const auto value = readInteger(online)) onAC = onAC.value_or(false) || *value == 1;
-    }
-    if (files) {
-        auto number = [&](const std::optional<SysfsFile>& f) {
-            return f ? readInteger(*f) : std::nullopt;
-        };
-        BatteryRaw raw{number(files->capacity),   std::nullopt,
-                       number(files->currentNow), number(files->powerNow),
-                       number(files->voltageNow), number(files->energyNow),
-                       number(files->energyFull), number(files->chargeNow),
-                       number(files->chargeFull)};
-        if (files->status) {
-            raw.status = files->status->readLine();
-            if (!raw.status) readFailed_ = true;
-        }
-        in.battery = batteryFromRaw(raw);
-        in.battery->onAC = onAC;
-        if (const auto temp = batteryTempFromTenths(number(files->temp), files->name)) {
-            in.sensors.push_back({files->name, temp->celsius, temp->source});
-            in.batteryTemp = temp;
-            chosen_.batteryTemp = files->temp->path();
-        }
-    }
+    addZoneSensors(in);
+    chooseHeadlineTemps(in);
 }
 
 ThermalState LinuxBackend::deriveThermal() {

@@ -65,8 +65,10 @@ std::string LinuxBackend::sensorSummary() {
         summary += counted(static_cast<int>(temps), "temperature") + " with limits, " +
                    counted(static_cast<int>(counters), "throttle counter");
     }
-    const auto& battery = inv_.supplies.battery;
-    summary += "; battery: " + (battery ? battery->name : std::string("none"));
+    std::vector<std::string> batteries;
+    for (const BatteryFiles& battery : inv_.supplies.batteries)
+        batteries.push_back(battery.name);
+    summary += "; battery: " + joined(batteries);
     summary += "; AC: " + joined(inv_.supplies.acNames);
     summary += "; RAPL: " + (inv_.rapl.readable() ? inv_.rapl.sourceName().substr(5)
                                                   : std::string("not readable"));
@@ -90,14 +92,17 @@ MetricSources LinuxBackend::sources() const {
         .load = root_ + "/proc/loadavg",
         .memory = root_ + "/proc/meminfo",
         .memPressure = root_ + "/proc/pressure/memory",
-        .cpuTemp = or_(chosen_.cpuTemp, "hwmon (no CPU chip found)"),
+        .cpuTemp = or_(chosen_.cpuTemp + chosen_.cpuTempNote,
+                       "hwmon / thermal zones (no CPU sensor, CPU/SoC or ACPI zone found)"),
         .gpuTemp = or_(chosen_.gpuTemp, "hwmon / NVML (no GPU found)"),
         .batteryTemp = or_(chosen_.batteryTemp, "power_supply (no battery temp)"),
         .gpuLoad =
             inv_.gpuBusy.empty() ? "amdgpu gpu_busy_percent / NVML" : inv_.gpuBusy.front().path(),
         .fans = fansSource(inv_.hwmon.fans),
-        .power = or_(chosen_.power, "RAPL energy_uj / power_supply / NVML (none readable)"),
+        .power = or_(chosen_.power,
+                     "RAPL energy_uj / power_supply / GPU hwmon / NVML (none readable)"),
         .devices = gpuSourceRows(),
+        .powerFiles = chosen_.powerFiles,
     };
 }
 

@@ -30,6 +30,7 @@ BatteryFiles batteryFiles(const std::string& dir, const std::string& name) {
         .energyFull = openReadable(dir, "energy_full"),
         .chargeNow = openReadable(dir, "charge_now"),
         .chargeFull = openReadable(dir, "charge_full"),
+        .voltageMinDesign = parseInteger(attribute(dir, "voltage_min_design")),
     };
 }
 
@@ -71,8 +72,8 @@ PowerSupplies discoverPowerSupplies(const std::string& root) {
         // Mice, keyboards and headsets report their own batteries with scope Device.
         if (attribute(dir, "scope") == "Device") continue;
         const std::string type = attribute(dir, "type");
-        if (type == "Battery" && !supplies.battery && attribute(dir, "present") != "0") {
-            supplies.battery = batteryFiles(dir, entry);
+        if (type == "Battery" && attribute(dir, "present") != "0") {
+            supplies.batteries.push_back(batteryFiles(dir, entry));
         } else if (type == "Mains" || type.starts_with("USB")) {
             if (auto online = openReadable(dir, "online")) {
                 supplies.acOnline.push_back(std::move(*online));

@@ -23,10 +23,13 @@ struct BatteryFiles {
     std::optional<SysfsFile> energyFull;
     std::optional<SysfsFile> chargeNow;
     std::optional<SysfsFile> chargeFull;
+    /// Microvolts; fixed by the pack, so read once. Turns charge into energy.
+    std::optional<long long> voltageMinDesign;
 };
 
 struct PowerSupplies {
-    std::optional<BatteryFiles> battery;
+    /// Every system battery, in the kernel's order (BAT0 before BAT1).
+    std::vector<BatteryFiles> batteries;
     /// The `online` files of the mains and USB supplies.
     std::vector<SysfsFile> acOnline;
     std::vector<std::string> acNames;

@@ -28,6 +28,16 @@ LiveInputs busyLaptop() {
                FanReading{2, 4100.6, std::nullopt, std::nullopt}};
     in.power = PowerReading{31.25, "package", "RAPL"};
     in.battery = BatteryInfo{64, false, false, -2100.0, 11800.0};
+    in.powerSources = {in.power.value(), PowerReading{32.1, "GPU power", "hwmon amdgpu PPT"},
+                       PowerReading{24.78, "Battery discharge", "power_supply BAT0"}};
+    in.batteries = {BatteryPack{.name = "BAT0",
+                                .status = "Discharging",
+                                .info = {.percent = 58},
+                                .source = "power_supply BAT0"},
+                    BatteryPack{.name = "BAT1",
+                                .status = "Unknown",
+                                .info = {.percent = 80},
+                                .source = "power_supply BAT1"}};
     in.sensors = {NamedTemp{"coretemp Package id 0", 93.6, "hwmon coretemp Package id 0"},
                   NamedTemp{"amdgpu edge", 71.2, "hwmon amdgpu edge"},
                   NamedTemp{"BAT0", 38.0, "hwmon BAT0"}};

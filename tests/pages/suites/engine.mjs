@@ -78,6 +78,10 @@ describe('pages fed by the real engine and live model', { skip: dir ? false : 'V
           }
           if (name === 'expanded') {
             assert.equal(await page.$$eval('#sensor-list li', (els) => els.length), live.sensorList.length);
+            assert.equal(await page.$$eval('#power-list li', (els) => els.length), live.powerList.length);
+            assert.equal(await visible(page, '#power-group'), live.powerList.length > 0);
+            assert.equal(await page.$$eval('#battery-list li', (els) => els.length), live.batteryList.length);
+            assert.equal(await visible(page, '#battery-group'), live.batteryList.length > 0);
             assert.equal(await page.$$eval('#core-bars .core', (els) => els.length), live.coreLoads.length);
             assert.equal(await text(page, '#thermal-source'), live.sources.thermal);
             assert.equal(await visible(page, '#low-power'), live.lowPower);

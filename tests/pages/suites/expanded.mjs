@@ -75,6 +75,35 @@ describe('expanded page', () => {
     });
   });
 
+  it('lists every power source and every battery, and hides the lists when there are none', async () => {
+    await withPage('expanded', {}, async (page) => {
+      const rows = (selector) => page.$$eval(`${selector} li`,
+        (els) => els.map((e) => Array.from(e.children, (c) => c.textContent)));
+      await renderLive(page, readFixture('live', 'sources'));
+      assert.equal(await visible(page, '#power-group'), true);
+      assert.deepEqual(await rows('#power-list'), [
+        ['Package power', '14.0 W', 'RAPL package-0'],
+        ['GPU power', '32.1 W', 'hwmon amdgpu PPT'],
+        ['Battery discharge', '9.8 W', 'power_supply BAT1'],
+      ]);
+      assert.equal(await visible(page, '#battery-group'), true);
+      assert.deepEqual(await rows('#battery-list'), [
+        ['BAT0', '80%', 'Unknown'],
+        ['BAT1', '41%', 'Discharging'],
+      ]);
+      assert.equal(await page.getAttribute('#battery-list li:nth-child(2) .sensor-source', 'title'),
+        'power_supply BAT1');
+      assert.equal(await text(page, '#battery'), '51%');
+      assert.equal(await text(page, '#battery-state'), 'On battery');
+
+      // Snapshots from before these lists existed, and machines without either, show neither.
+      await renderLive(page, readFixture('live', 'normal'));
+      assert.equal(await visible(page, '#power-group'), false);
+      assert.equal(await visible(page, '#battery-group'), false);
+      assert.equal(await page.$$eval('#power-list li', (els) => els.length), 0);
+    });
+  });
+
   it('shows the low-power flag, absent readings as n/a and empty lists as notes', async () => {
     await withPage('expanded', {}, async (page) => {
       await renderLive(page, readFixture('live', 'extreme'));

@@ -8,6 +8,7 @@ import { lowContrastTexts } from '../support/contrast.mjs';
 
 const HOME_SHOTS = [
   ['normal', 'none'],
+  ['sources', 'none'],
   ['extreme', 'extreme'],
   ['forced-critical', 'emergency'],
   ['empty', 'none'],
@@ -37,6 +38,9 @@ describe('looks', () => {
             if (name === 'expanded') {
               await page.$eval('#dash', (el) => { el.scrollTop = el.scrollHeight; });
               await check(page, `${name}-${live}-${theme}-end`);
+              // The power card, with every power source and battery when there are any.
+              await page.$eval('#power-title', (el) => el.scrollIntoView({ block: 'start' }));
+              await check(page, `${name}-${live}-${theme}-power`);
               await page.$eval('#dash', (el) => { el.scrollTop = 0; });
             }
           }
