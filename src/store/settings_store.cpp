@@ -19,7 +19,11 @@ std::optional<Settings> readSettings(const std::filesystem::path& url) {
 SettingsStore::SettingsStore(const std::filesystem::path& dir) : url_(dir / "settings.json") {}
 
 Settings SettingsStore::load() const {
-    return readSettings(url_).value_or(Settings{});
+    return tryLoad().value_or(Settings{});
+}
+
+std::optional<Settings> SettingsStore::tryLoad() const {
+    return readSettings(url_);
 }
 
 WriteError SettingsStore::save(const Settings& settings) const {

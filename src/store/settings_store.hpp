@@ -5,6 +5,7 @@
 #include "store/store_error.hpp"
 
 #include <filesystem>
+#include <optional>
 
 namespace velmora {
 
@@ -17,8 +18,11 @@ class SettingsStore {
     [[nodiscard]] const std::filesystem::path& url() const { return url_; }
 
     /// The stored settings, or the defaults when the file is missing, unreadable or not valid.
-    /// One open/read/close and a small parse: it runs on every tick.
     [[nodiscard]] Settings load() const;
+
+    /// The stored settings, or nothing when the file is missing, unreadable or not valid: for
+    /// a reader that keeps the last good settings instead of falling back to the defaults.
+    [[nodiscard]] std::optional<Settings> tryLoad() const;
 
     /// Creates the directory if needed, then replaces the file atomically (temporary file in
     /// the same directory, then rename). After a failure the old file is untouched.

@@ -58,6 +58,10 @@ class EngineScenario : public ::testing::Test {
     [[nodiscard]] nlohmann::json settingsJson() const;
     void writeMarkerText(const std::string& text) const;
     void writeSettingsText(const std::string& text) const;
+    /// What a change notification does: the engine's settings cache reads the file again.
+    void settingsFileChanged() const;
+    /// Waits for the marker and settings work that runs beside the engine.
+    void settleFiles() const;
 
     /// "stage-c: state A -> B (thermal=… ladder=… level=… critical=… enabled=…)".
     static std::string stateLine(const std::string& from, const std::string& to,
@@ -65,6 +69,8 @@ class EngineScenario : public ::testing::Test {
 
     TempDir tmp;
     std::filesystem::path dataDir = tmp.path();
+    /// Where the marker goes when not in `dataDir`.
+    std::filesystem::path markerDir;
     const PlatformTexts* words = &macosTexts;
     bool timedStageB = false;
     std::shared_ptr<ScriptedSensor> sensor = std::make_shared<ScriptedSensor>();
