@@ -103,8 +103,8 @@ nlohmann::json Engine::tick(Timestamp now) {
 }
 
 void Engine::followSettings() {
+    if (settingsCache->version() == settingsVersion_) return;
     const auto snapshot = settingsCache->snapshot();
-    if (snapshot.version == settingsVersion_) return;
     settingsVersion_ = snapshot.version;
     if (snapshot.settings != set) {
         set = snapshot.settings;

@@ -68,7 +68,7 @@ class Engine {
         const PlatformTexts* platformTexts = &texts();
         /// Where the settings in force come from. Without one the engine reads the file once
         /// at construction, and afterwards only its own commands change the settings.
-        std::shared_ptr<SettingsCache> settingsCache;
+        std::shared_ptr<SettingsCache> settingsCache = nullptr;
     };
 
     /// Loads and logs the settings and the thresholds, and turns a marker left by the

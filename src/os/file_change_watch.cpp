@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -104,27 +105,32 @@ bool FileChangeWatch::readEvents() {
 }
 
 void FileChangeWatch::run() {
+    using Clock = std::chrono::steady_clock;
+    // Measured from the last look at the file, so that events for other files of the
+    // directory (every log line) do not postpone the fallback for ever.
+    auto lastLook = Clock::now();
     for (;;) {
         const bool watched = watch_ >= 0;
+        const double interval = watched ? intervals_.watched : intervals_.unwatched;
+        const std::chrono::duration<double> left =
+            lastLook + std::chrono::duration<double>(interval) - Clock::now();
         std::array<pollfd, 2> fds{pollfd{stopRead_.get(), POLLIN, 0},
                                   pollfd{notify_.get(), POLLIN, 0}};
         const nfds_t count = watched ? 2 : 1;
-        const double wait = watched ? intervals_.watched : intervals_.unwatched;
-        const int ready = ::poll(fds.data(), count, pollMilliseconds(wait));
+        const int ready = ::poll(fds.data(), count, std::max(0, pollMilliseconds(left.count())));
         if (ready < 0 && errno == EINTR) continue;
-        if (ready < 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(pollMilliseconds(wait)));
+        if (ready < 0) std::this_thread::sleep_for(left);
         if ((fds[0].revents & POLLIN) != 0) return;
         if (ready <= 0) {
+            lastLook = Clock::now();
             // The fallback; also the moment to watch a directory that has come back.
-            if (!watched && addWatch()) {
-                changed_(true);
-            } else {
-                changed_(false);
-            }
+            changed_(!watched && addWatch());
             continue;
         }
-        if ((fds[1].revents & POLLIN) != 0 && readEvents()) changed_(true);
+        if ((fds[1].revents & POLLIN) != 0 && readEvents()) {
+            lastLook = Clock::now();
+            changed_(true);
+        }
     }
 }
 

@@ -132,6 +132,11 @@ SettingsSnapshot SettingsCache::snapshot() const {
     return state_->snapshot;
 }
 
+std::uint64_t SettingsCache::version() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->snapshot.version;
+}
+
 WriteError SettingsCache::keep(const Settings& answer, double wait) {
     {
         const std::lock_guard lock(state_->mutex);

@@ -50,6 +50,8 @@ class SettingsCache {
 
     /// The settings in force; no disk access, any thread.
     [[nodiscard]] SettingsSnapshot snapshot() const;
+    /// The snapshot's version alone: a cheap test for news, without copying.
+    [[nodiscard]] std::uint64_t version() const;
 
     /// Puts an answer given in this run in force at once and saves it in the background,
     /// waiting at most `wait` seconds. Returns the save's error, or one saying that the save

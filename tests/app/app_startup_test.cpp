@@ -214,7 +214,7 @@ TEST(AppStartup, MarkerFromThePreviousRunShowsRelief) {
     EXPECT_FALSE(std::filesystem::exists(h.dir / "auto-shutdown.marker"));
 }
 
-TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
+TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRun) {
     AppHarness h;
     std::ofstream(h.dir / "blocker") << "a file where the data directory should be";
     PlatformEnvironment env;
@@ -225,7 +225,8 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
     EXPECT_EQ(app.ui.mode, UIMode::consent);
     EXPECT_FALSE(app.engine->consent(true, h.loop.now()));
     h.loop.advance(1);
-    EXPECT_EQ(app.ui.mode, UIMode::consent);
+    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_TRUE(app.engine->set.enabled());
 }
 
 }  // namespace

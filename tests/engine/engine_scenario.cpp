@@ -124,6 +124,11 @@ void EngineScenario::settingsFileChanged() const {
     engine->settingsCache->refresh();
 }
 
+void EngineScenario::withdrawConsent() const {
+    writeSettingsText(R"({"autoShutdown": true, "consentRecorded": false})");
+    settingsFileChanged();
+}
+
 std::string EngineScenario::stateLine(const std::string& from, const std::string& to,
                                       const std::string& details) {
     return "stage-c: state " + from + " -> " + to + " (" + details + ")";

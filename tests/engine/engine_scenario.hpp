@@ -60,6 +60,8 @@ class EngineScenario : public ::testing::Test {
     void writeSettingsText(const std::string& text) const;
     /// What a change notification does: the engine's settings cache reads the file again.
     void settingsFileChanged() const;
+    /// Another process records "no consent yet" in the settings file, and it is read.
+    void withdrawConsent() const;
     /// Waits for the marker and settings work that runs beside the engine.
     void settleFiles() const;
 
