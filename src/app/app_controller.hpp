@@ -125,6 +125,8 @@ class AppController {
     std::shared_ptr<Shutdowner> shutdowner;
     std::shared_ptr<Sounder> sounder;
     std::unique_ptr<Engine> engine;
+    /// Whether the answer of "--consent" reached the disk; it holds for the run either way.
+    bool startConsentSaved = true;
 
   private:
     // Start-up.

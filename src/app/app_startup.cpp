@@ -13,6 +13,13 @@ namespace velmora {
 
 using engine_text::boolText;
 
+namespace {
+
+// How long start-up waits for the first read of the settings file.
+constexpr double kFirstSettingsReadWait = 1.0;
+
+}  // namespace
+
 AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop,
                              AppServices services)
     : opts(std::move(options)),
@@ -120,6 +127,10 @@ void AppController::buildEngine() {
         return background != nullptr ? background->currentThermal(loop.now())
                                      : collector->currentThermal(loop.wallNow());
     });
+    // The settings are read in the background from now on; a stalled first read must not keep
+    // the watchdog from starting.
+    auto settingsCache = std::make_shared<SettingsCache>(SettingsStore(opts.dataDir));
+    settingsCache->startWatching(kFirstSettingsReadWait);
     Engine::Parts parts{
         .sensor = std::move(sensor),
         .settings = SettingsStore(opts.dataDir, logSink()),
@@ -128,10 +139,12 @@ void AppController::buildEngine() {
         .sounder = sounder,
         .alerter = Alerter(false),
         .log = logSink(),
+        .platformTexts = &texts(),
+        .settingsCache = std::move(settingsCache),
     };
     parts.wallClock = [&loop] { return loop.wallNow(); };
     engine = std::make_unique<Engine>(std::move(parts), loop_.now());
-    if (opts.consent) engine->consent(*opts.consent, loop_.wallNow());
+    if (opts.consent) startConsentSaved = engine->consent(*opts.consent, loop_.wallNow());
 }
 
 void AppController::createWindow() {
@@ -143,7 +156,7 @@ void AppController::createWindow() {
 void AppController::startEmergencyOrProbe() {
     if (opts.testEmergency) {
         engine->startSim(loop_.now());
-    } else if (engine->settings.load().enabled()) {
+    } else if (engine->set.enabled()) {
         engine->probePermission("launch", false);
     }
 }

@@ -11,6 +11,7 @@
 #include "app/headless/headless_run.hpp"
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
+#include "app/process_setup.hpp"
 #include "app/resource_dirs.hpp"
 #include "app/shell_choice.hpp"
 #include "app/usage.hpp"
@@ -41,6 +42,9 @@ bool asked(const std::vector<std::string>& args, std::string_view name) {
 
 int main(int argc, char** argv) {
     using namespace velmora;
+    if (const auto note = prepareProcess()) {
+        std::fprintf(stderr, "%s: %s\n", programName, note->c_str());
+    }
     const auto args = argumentList(argc, argv);
     // A switch that decides a power-off must be exact: refuse before anything else happens.
     if (const auto problem = commandLineProblem(args)) {

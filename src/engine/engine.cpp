@@ -28,16 +28,29 @@ std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
 // How often a running countdown is written to the log.
 constexpr double kCountdownLogInterval = 5;
 
+// Without a cache from the owner: the file as it is now, read once.
+std::shared_ptr<SettingsCache> readOnceCache(const SettingsStore& store) {
+    auto cache = std::make_shared<SettingsCache>(store);
+    cache->refresh();
+    return cache;
+}
+
+std::string settingsText(const Settings& set) {
+    return "autoShutdown=" + boolText(set.autoShutdown) +
+           " consentRecorded=" + boolText(set.consentRecorded);
+}
+
 }  // namespace
 
 Engine::Engine(Parts parts, MonoTime now)
     : sensor(std::move(parts.sensor)),
       settings(std::move(parts.settings)),
+      settingsCache(parts.settingsCache ? std::move(parts.settingsCache) : readOnceCache(settings)),
       markers(std::move(parts.markers)),
+      markerJobs(markers),
       sd(std::move(parts.shutdowner)),
       snd(std::move(parts.sounder)),
       log(std::move(parts.log)),
-      set(settings.load()),
       alerter(parts.alerter),
       lastNow(now),
       words_(*parts.platformTexts),
@@ -46,9 +59,16 @@ Engine::Engine(Parts parts, MonoTime now)
 }
 
 void Engine::logStart() {
-    emit("stage-c: settings loaded: autoShutdown=" + boolText(set.autoShutdown) +
-         " consentRecorded=" + boolText(set.consentRecorded) +
-         " enabled=" + boolText(set.enabled()));
+    const auto snapshot = settingsCache->snapshot();
+    set = snapshot.settings;
+    settingsVersion_ = snapshot.version;
+    emit("stage-c: settings loaded: " + settingsText(set) + " enabled=" + boolText(set.enabled()));
+    if (!snapshot.loaded) {
+        emit(
+            "stage-c: the settings file is slow to read; no automatic shutdown until it has "
+            "been read");
+    }
+    noteSettingsProblem(snapshot.problem);
     emit(thresholdsLine(alerter, words_));
     const auto found = markers.inspect();
     if (!found.marker && found.problem.empty()) return;
@@ -81,7 +101,8 @@ nlohmann::json Engine::tick(MonoTime now) {
     lastNow = now;
     tempC = sensor ? sensor->readC() : std::nullopt;
     level = alerter.update(tempC, now);
-    set = settings.load();  // another process may have changed it
+    followSettings();  // from memory: the file is read off this thread when it changes
+    reportLateMarker();
     const bool critical = level == Level::blowout;
     const bool enabled = set.enabled() && !reliefHolds(now);
     const bool calm = level.has_value() && *level <= Level::warm;
@@ -99,6 +120,30 @@ nlohmann::json Engine::tick(MonoTime now) {
     checkFailsafe(now);
     stepSimulation(now);
     return view(now);
+}
+
+void Engine::followSettings() {
+    if (settingsCache->version() == settingsVersion_) return;
+    const auto snapshot = settingsCache->snapshot();
+    settingsVersion_ = snapshot.version;
+    if (snapshot.settings != set) {
+        set = snapshot.settings;
+        emit("stage-c: settings changed: " + settingsText(set) +
+             " enabled=" + boolText(set.enabled()));
+    }
+    noteSettingsProblem(snapshot.problem);
+}
+
+// Once per problem, not once per read: the settings in force do not change meanwhile.
+void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
+    if (problem == settingsProblem_) return;
+    if (problem) {
+        emit("stage-c: settings file " + settings.url().string() + " " + *problem + "; keeping " +
+             settingsText(set));
+    } else {
+        emit("stage-c: settings file readable again");
+    }
+    settingsProblem_ = problem;
 }
 
 void Engine::soundStageBAlarm(MonoTime now) {
@@ -130,7 +175,7 @@ void Engine::checkFailsafe(MonoTime now) {
     if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
     emit("stage-c: still running " + integerPart(SC::failsafe) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
-    markers.clear();
+    markerJobs.clear();
     real.reset();  // idle, no previous step, no pending cancel; deadlines are left
     firedAt.reset();
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,9 @@
 #include "policy/sinks.hpp"
 #include "policy/temp_sensor.hpp"
 #include "policy/timestamp.hpp"
+#include "store/marker_queue.hpp"
 #include "store/marker_store.hpp"
+#include "store/settings_cache.hpp"
 #include "store/settings_store.hpp"
 
 namespace velmora {
@@ -26,6 +29,8 @@ namespace velmora {
 /// level, runs the real countdown and any simulation, performs the effects of their events
 /// (sounds, marker, shutdown call), and returns the stage page's view. Everything runs on the
 /// owner's main thread; the shutdowner delivers its completions there too, so there are no locks.
+/// A tick never waits on the disk: the settings come from an in-memory cache, and the marker is
+/// written and removed on a thread of its own.
 ///
 /// The data members are public so that the presentation and tests can read them; only the
 /// engine itself changes them.
@@ -66,6 +71,9 @@ class Engine {
         /// The wall clock, only for the dates written into the marker; every interval the
         /// engine decides by runs on the monotonic instants its callers pass in.
         std::function<Timestamp()> wallClock = &Timestamp::now;
+        /// Where the settings in force come from. Without one the engine reads the file once
+        /// at construction, and afterwards only its own commands change the settings.
+        std::shared_ptr<SettingsCache> settingsCache = nullptr;
     };
 
     /// Loads and logs the settings and the thresholds, and turns a marker left by the
@@ -115,7 +123,9 @@ class Engine {
 
     std::shared_ptr<TempSensor> sensor;
     SettingsStore settings;
+    std::shared_ptr<SettingsCache> settingsCache;
     MarkerStore markers;
+    MarkerQueue markerJobs;
     std::shared_ptr<Shutdowner> sd;
     std::shared_ptr<Sounder> snd;
     LogSink log;
@@ -146,6 +156,13 @@ class Engine {
     void handle(const CEvent& event, MonoTime now, bool simulated);
     void handleReal(const CEvent& event, MonoTime now);
     void runShutdown();
+    void logMarkerWrite(const WriteError& error, bool late);
+    void reportLateMarker();
+    void followSettings();
+    void noteSettingsProblem(const std::optional<std::string>& problem);
+    /// Puts an answer of the user in force for this run and saves it; false when not saved.
+    bool holdAnswer(const Settings& answer, const std::string& failurePrefix,
+                    const std::string& savedLine);
     void onShutdownFailed(const ShutdownError& error);
     void onProbeResult(const AutomationOutcome& outcome);
     void logStart();
@@ -155,9 +172,6 @@ class Engine {
     void checkFailsafe(MonoTime now);
     bool reliefHolds(MonoTime now);
     void stepSimulation(MonoTime now);
-    /// Takes saved settings as the ones in force, or logs why they could not be saved.
-    bool adoptSaved(const StoreResult<Settings>& saved, const std::string& failurePrefix,
-                    const std::string& savedLine);
     void emit(const std::string& line) const;
     std::string thermalWord() const;
     const Machine& shown() const { return sim ? *sim : real; }
@@ -168,6 +182,11 @@ class Engine {
 
     const PlatformTexts& words_;
     std::function<Timestamp()> wallClock_;
+    std::uint64_t settingsVersion_ = 0;
+    std::optional<std::string> settingsProblem_;
+    /// A marker write that outlasted the wait before the shutdown call; its result is logged
+    /// when it comes.
+    std::optional<std::shared_future<WriteError>> lateMarker_;
 
     /// Completions hold this weakly: once the engine is gone they find nothing and do nothing.
     std::shared_ptr<Engine*> self_ = std::make_shared<Engine*>(this);

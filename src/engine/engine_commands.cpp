@@ -3,6 +3,7 @@
 #include "engine/engine.hpp"
 #include "engine/engine_text.hpp"
 #include "policy/constants.hpp"
+#include "store/dates.hpp"
 
 // What the user can ask of the engine: rehearse, cancel, consent, switch, dismiss notices.
 namespace velmora {
@@ -13,6 +14,9 @@ using engine_text::integerPart;
 namespace {
 
 constexpr const char* kAutoShutdownTurnedOn = "auto-shutdown turned on";
+// How long a command waits for its answer to reach the disk before it lets the save go on in
+// the background; the ticks wait meanwhile.
+constexpr double kSettingsSaveWait = 0.5;
 
 }  // namespace
 
@@ -37,7 +41,7 @@ void Engine::cancel(MonoTime now) {
     switch (real.state) {
         case CState::countdown:
             emit("stage-c: user pressed Keep working · Cancel during the countdown");
-            markers.clear();
+            markerJobs.clear();
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
             errMsg.clear();
@@ -84,26 +88,34 @@ void Engine::userShutdownFailed(const ShutdownError& error) {
 }
 
 bool Engine::consent(bool on, Timestamp wallNow) {
-    return adoptSaved(settings.recordConsent(on, wallNow), "stage-c: ERROR saving consent: ",
+    return holdAnswer(Settings{on, true, rfc3339(wallNow)}, "stage-c: ERROR saving consent: ",
                       "stage-c: consent recorded: autoShutdown=" + boolText(on));
 }
 
 bool Engine::setAuto(bool on, Timestamp wallNow) {
-    return adoptSaved(settings.setAutoShutdown(on, wallNow), "stage-c: ERROR saving setting: ",
+    // Changing the switch counts as consent; the first consent time is kept.
+    const auto consentAt =
+        set.consentRecorded ? set.consentAt : std::optional<std::string>(rfc3339(wallNow));
+    return holdAnswer(Settings{on, true, consentAt}, "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
                           " (consentRecorded=true)");
 }
 
-bool Engine::adoptSaved(const StoreResult<Settings>& saved, const std::string& failurePrefix,
+// The user's answer is in force for this run even when it cannot be saved: a "no" must never
+// be overruled by an older "yes" on disk.
+bool Engine::holdAnswer(const Settings& answer, const std::string& failurePrefix,
                         const std::string& savedLine) {
-    if (!saved) {
-        emit(failurePrefix + saved.error().message);  // the previous settings stay in force
-        return false;
+    set = answer;
+    const auto error = settingsCache->keep(answer, kSettingsSaveWait);
+    if (error) {
+        emit(failurePrefix + error->message);
+        emit("stage-c: the answer holds until quit: autoShutdown=" + boolText(set.autoShutdown) +
+             " enabled=" + boolText(set.enabled()));
+    } else {
+        emit(savedLine);
     }
-    set = *saved;
-    emit(savedLine);
     if (set.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
-    return true;
+    return !error;
 }
 
 }  // namespace velmora

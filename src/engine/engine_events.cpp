@@ -1,3 +1,4 @@
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -9,6 +10,13 @@
 namespace velmora {
 
 using engine_text::integerPart;
+
+namespace {
+
+// How long the shutdown call waits for the marker to reach the disk.
+constexpr std::chrono::milliseconds kMarkerWait{500};
+
+}  // namespace
 
 void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
     emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
@@ -49,7 +57,7 @@ void Engine::handleReal(const CEvent& event, MonoTime now) {
             break;
         case CEventKind::abort:
         case CEventKind::stale:
-            markers.clear();
+            markerJobs.clear();
             break;
         case CEventKind::cooled:
             relief = Relief{peak, true};
@@ -63,12 +71,15 @@ void Engine::handleReal(const CEvent& event, MonoTime now) {
 
 void Engine::runShutdown() {
     const Marker marker{rfc3339(wallClock_()), peak, "emergency countdown reached 0"};
-    if (const auto error = markers.write(marker)) {
-        emit("stage-c: WARNING could not write marker: " + error->message +
-             " (shutting down anyway)");
+    // The marker is written beside the shutdown call: a slow disk gets a short wait, never the
+    // power-off's delay.
+    auto written = markerJobs.write(marker);
+    if (written.wait_for(kMarkerWait) == std::future_status::ready) {
+        logMarkerWrite(written.get(), false);
     } else {
-        emit("stage-c: marker written " + markers.url().string() + " (peak ladder " +
-             integerPart(peak) + ")");
+        emit("stage-c: WARNING marker not written after " + std::to_string(kMarkerWait.count()) +
+             " ms (slow disk); calling the shutdown without waiting for it");
+        lateMarker_ = std::move(written);
     }
     emit("stage-c: countdown reached 0; calling the shutdown (" +
          std::string(words_.shutdownMechanism) + ")");
@@ -80,10 +91,27 @@ void Engine::runShutdown() {
     });
 }
 
+void Engine::logMarkerWrite(const WriteError& error, bool late) {
+    if (error) {
+        emit("stage-c: WARNING could not write marker: " + error->message +
+             (late ? " (the shutdown was already called)" : " (shutting down anyway)"));
+    } else {
+        emit("stage-c: marker written " + markers.url().string() + " (peak ladder " +
+             integerPart(peak) + ")" + (late ? " after the shutdown call" : ""));
+    }
+}
+
+void Engine::reportLateMarker() {
+    if (!lateMarker_ || lateMarker_->wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        return;
+    logMarkerWrite(lateMarker_->get(), true);
+    lateMarker_.reset();
+}
+
 void Engine::onShutdownFailed(const ShutdownError& error) {
     emit("stage-c: ERROR shutdown failed: " + error.description() +
          "; clearing marker; telling the user to shut down manually");
-    markers.clear();
+    markerJobs.clear();  // after the write, however slow that is
     errMsg = "Could not shut down: " + error.description();
     noteFailure(error);
     // The latest tick's time, not the completion's: grace is measured on the tick clock.

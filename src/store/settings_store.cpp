@@ -28,12 +28,16 @@ void SettingsStore::noteProblem(const std::string& problem) const {
     if (problem == *reported_) return;
     *reported_ = problem;
     if (!problem.empty() && report_) {
-        report_("settings: " + url_.string() + " " + problem + "; using the defaults");
+        report_("settings: " + url_.string() + " " + problem + "; not used");
     }
 }
 
 Settings SettingsStore::load() const {
-    return readSettings().value_or(Settings{});
+    return tryLoad().value_or(Settings{});
+}
+
+std::optional<Settings> SettingsStore::tryLoad() const {
+    return readSettings();
 }
 
 WriteError SettingsStore::save(const Settings& settings) const {

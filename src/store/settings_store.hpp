@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <optional>
 
 namespace velmora {
 
@@ -28,6 +29,10 @@ class SettingsStore {
     /// A symbolic link, a FIFO, a device or a file larger than readCap counts as unreadable and
     /// is never followed, waited on or read whole. One open/read/close and a small parse.
     [[nodiscard]] Settings load() const;
+
+    /// The stored settings, or nothing when the file is missing, unreadable or not valid: for
+    /// a reader that keeps the last good settings instead of falling back to the defaults.
+    [[nodiscard]] std::optional<Settings> tryLoad() const;
 
     /// Creates the directory if needed, then replaces the file atomically and durably
     /// (temporary file in the same directory, fsync, rename, directory fsync). After a failure

@@ -242,7 +242,7 @@ TEST(AppStartup, ClosingTheWindowEndsTheApplication) {
     EXPECT_TRUE(h.logged("ui: main window closed"));
 }
 
-TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
+TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRun) {
     AppHarness h;
     std::ofstream(h.dir / "blocker") << "a file where the data directory should be";
     PlatformEnvironment env;
@@ -253,7 +253,8 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndTheStoresFailOnWrite) {
     EXPECT_EQ(app.ui.mode, UIMode::consent);
     EXPECT_FALSE(app.engine->consent(true, h.loop.wallNow()));
     h.loop.advance(1);
-    EXPECT_EQ(app.ui.mode, UIMode::consent);
+    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_TRUE(app.engine->set.enabled());
 }
 
 }  // namespace

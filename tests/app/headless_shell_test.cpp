@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -99,6 +100,32 @@ TEST(HeadlessShell, WithoutATerminalOnlyTheChangeLines) {
     EXPECT_EQ(text.find('\r'), std::string::npos);
     EXPECT_EQ(text.find("COUNTDOWN"), std::string::npos);
     EXPECT_TRUE(text.ends_with(" stage EMERGENCY, state countdown, page count\n"));
+}
+
+// A stream whose reader has gone: every write fails, as a pipe's does after SIGPIPE is ignored.
+struct ClosedReader {
+    int writes = 0;
+    static ssize_t write(void* cookie, const char*, std::size_t) {
+        ++static_cast<ClosedReader*>(cookie)->writes;
+        errno = EPIPE;
+        return -1;
+    }
+};
+
+TEST(HeadlessShell, StopsWritingOnceTheReaderHasGone) {
+    ClosedReader reader;
+    std::FILE* out = ::fopencookie(&reader, "w", {nullptr, &ClosedReader::write, nullptr, nullptr});
+    ASSERT_NE(out, nullptr);
+    HeadlessShell shell(out, true, nullptr, {});
+    shell.statusChanged(countdownReport(10));
+    ASSERT_EQ(reader.writes, 1);
+    StatusReport fired = countdownReport(0);
+    fired.state = "fired";
+    shell.statusChanged(fired);
+    shell.statusChanged(countdownReport(3));
+    shell.finish();
+    EXPECT_EQ(reader.writes, 1);
+    std::fclose(out);
 }
 
 TEST(HeadlessShell, ShowsNoPagesAndPlaysPresentationCuesThroughTheSounder) {

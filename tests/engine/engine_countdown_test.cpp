@@ -67,9 +67,11 @@ TEST_F(EngineCountdown, CuesFallOnTheSecondsTheyName) {
 }
 
 TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery15Seconds) {
-    writeSettingsText("{}");  // no consent: the defaults apply from the next tick
+    withdrawConsent();
     tickThrough(0, 31);
-    EXPECT_TRUE(takeLines().empty());  // the state never changes
+    EXPECT_EQ(takeLines(),  // the state never changes
+              (std::vector<std::string>{"stage-c: settings changed: autoShutdown=true "
+                                        "consentRecorded=false enabled=false"}));
     EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
     EXPECT_EQ(engine->lastB, at(30));
     EXPECT_EQ(engine->real.state, CState::idle);
@@ -79,7 +81,7 @@ TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery1
 }
 
 TEST_F(EngineCountdown, AlarmWaitsTheFullIntervalBetweenRepeats) {
-    writeSettingsText("{}");
+    withdrawConsent();
     tickAt(0);
     tickAt(14.999);
     EXPECT_EQ(sounder->sounds.size(), 1U);

@@ -123,6 +123,7 @@ TEST_F(EngineNotices, ManualNoticeClearsOnceNoLongerCritical) {
 
 TEST_F(EngineNotices, ManualNoticeAndErrorClearWhenANewCountdownStarts) {
     writeConsent();
+    settingsFileChanged();
     engine->manual = Engine::ManualFail{"reason", true};
     engine->errMsg = "Could not shut down: x";
     sensor->reading = kCritical;

@@ -48,7 +48,7 @@ void EngineScenario::start(double seconds) {
     Engine::Parts parts{
         .sensor = sensor,
         .settings = SettingsStore(dataDir),
-        .markers = MarkerStore(dataDir),
+        .markers = MarkerStore(markerDir.empty() ? dataDir : markerDir),
         .shutdowner = shutdowner,
         .sounder = sounder,
         .alerter = Alerter(timedStageB),
@@ -90,11 +90,19 @@ std::filesystem::path EngineScenario::settingsPath() const {
     return dataDir / "settings.json";
 }
 
+void EngineScenario::settleFiles() const {
+    if (!engine) return;
+    engine->markerJobs.settle();
+    engine->settingsCache->settle();
+}
+
 bool EngineScenario::markerExists() const {
+    settleFiles();
     return std::filesystem::exists(markerPath());
 }
 
 std::string EngineScenario::markerText() const {
+    settleFiles();
     return readText(markerPath());
 }
 
@@ -103,6 +111,7 @@ nlohmann::json EngineScenario::markerJson() const {
 }
 
 nlohmann::json EngineScenario::settingsJson() const {
+    settleFiles();
     return nlohmann::json::parse(readText(settingsPath()));
 }
 
@@ -112,6 +121,15 @@ void EngineScenario::writeMarkerText(const std::string& text) const {
 
 void EngineScenario::writeSettingsText(const std::string& text) const {
     writeText(settingsPath(), text);
+}
+
+void EngineScenario::settingsFileChanged() const {
+    engine->settingsCache->refresh();
+}
+
+void EngineScenario::withdrawConsent() const {
+    writeSettingsText(R"({"autoShutdown": true, "consentRecorded": false})");
+    settingsFileChanged();
 }
 
 std::string EngineScenario::stateLine(const std::string& from, const std::string& to,

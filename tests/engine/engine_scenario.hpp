@@ -60,6 +60,12 @@ class EngineScenario : public ::testing::Test {
     [[nodiscard]] nlohmann::json settingsJson() const;
     void writeMarkerText(const std::string& text) const;
     void writeSettingsText(const std::string& text) const;
+    /// What a change notification does: the engine's settings cache reads the file again.
+    void settingsFileChanged() const;
+    /// Another process records "no consent yet" in the settings file, and it is read.
+    void withdrawConsent() const;
+    /// Waits for the marker and settings work that runs beside the engine.
+    void settleFiles() const;
 
     /// "stage-c: state A -> B (thermal=… ladder=… level=… critical=… enabled=…)".
     static std::string stateLine(const std::string& from, const std::string& to,
@@ -67,6 +73,8 @@ class EngineScenario : public ::testing::Test {
 
     TempDir tmp;
     std::filesystem::path dataDir = tmp.path();
+    /// Where the marker goes when not in `dataDir`.
+    std::filesystem::path markerDir;
     const PlatformTexts* words = &macosTexts;
     bool timedStageB = false;
     /// How far the wall clock is set away from the monotonic one (a clock step).

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "engine/engine_scenario.hpp"
+#include "store/file_size_limit.hpp"
 #include "store/settings_store.hpp"
 
 // Consent, the auto-shutdown switch, and a settings file that changes or cannot be written.
@@ -54,17 +57,37 @@ TEST_F(EngineSettings, ConsentOffSavesWithoutAProbe) {
     EXPECT_EQ(shutdowner->probeCalls, 0);
 }
 
-TEST_F(EngineSettings, ConsentThatCannotBeSavedReturnsFalseAndLogs) {
+TEST_F(EngineSettings, ConsentThatCannotBeSavedReturnsFalseLogsAndHoldsForTheRun) {
     blockTheDataDirectory();
     start();
     takeLines();
-    const Settings before = engine->set;
     EXPECT_FALSE(engine->consent(true, wallAt(1)));
     EXPECT_EQ(takeLines(),
-              (std::vector<std::string>{"stage-c: ERROR saving consent: " + saveError()}));
+              (std::vector<std::string>{
+                  "stage-c: ERROR saving consent: " + saveError(),
+                  "stage-c: the answer holds until quit: autoShutdown=true enabled=true",
+                  "stage-c: automation permission probe (auto-shutdown turned on)",
+                  "stage-c: automation permission: granted",
+              }));
     EXPECT_NE(saveError(), "(saved)");
-    EXPECT_EQ(engine->set, before);
-    EXPECT_EQ(shutdowner->probeCalls, 0);
+    EXPECT_EQ(engine->set, (Settings{true, true, "2027-01-15T08:00:01Z"}));
+    EXPECT_EQ(shutdowner->probeCalls, 1);
+}
+
+TEST_F(EngineSettings, DeclineThatCannotBeSavedWinsOverTheConsentOnDisk) {
+    writeConsent();
+    start();
+    {
+        const NoFileGrowth diskRefusesWrites;
+        EXPECT_FALSE(engine->consent(false, wallAt(1)));
+    }
+    settingsFileChanged();  // the old "yes" is read again
+    sensor->reading = kCritical;
+    tickThrough(1, 15);
+    EXPECT_FALSE(engine->set.enabled());
+    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(shutdowner->shutdownCalls, 0);
+    EXPECT_EQ(settingsJson()["autoShutdown"], true);
 }
 
 TEST_F(EngineSettings, SetAutoOffOnAFreshInstallRecordsConsentWithoutAProbe) {
@@ -97,25 +120,34 @@ TEST_F(EngineSettings, SetAutoOnKeepsTheFirstConsentTimeAndProbes) {
     EXPECT_TRUE(engine->set.enabled());
 }
 
-TEST_F(EngineSettings, SetAutoThatCannotBeSavedReturnsFalseAndLogs) {
+TEST_F(EngineSettings, SetAutoThatCannotBeSavedReturnsFalseLogsAndHoldsForTheRun) {
     blockTheDataDirectory();
     start();
     takeLines();
-    EXPECT_FALSE(engine->setAuto(true, wallAt(1)));
-    EXPECT_EQ(takeLines(),
-              (std::vector<std::string>{"stage-c: ERROR saving setting: " + saveError()}));
-    EXPECT_EQ(engine->set, Settings{});
+    EXPECT_FALSE(engine->setAuto(false, wallAt(1)));
+    EXPECT_EQ(takeLines(), (std::vector<std::string>{
+                               "stage-c: ERROR saving setting: " + saveError(),
+                               "stage-c: the answer holds until quit: autoShutdown=false "
+                               "enabled=false",
+                           }));
+    EXPECT_EQ(engine->set, (Settings{false, true, "2027-01-15T08:00:01Z"}));
 }
 
-TEST_F(EngineSettings, ConsentWrittenByAnotherProcessStartsTheCountdownOnTheNextTick) {
+TEST_F(EngineSettings, ConsentWrittenByAnotherProcessStartsTheCountdownOnceTheFileIsRead) {
     start();
     sensor->reading = kCritical;
     tickAt(0);
     EXPECT_EQ(engine->real.state, CState::idle);
     writeConsent();
     tickAt(0.25);
+    EXPECT_EQ(engine->real.state, CState::idle) << "a tick must not read the file";
+    settingsFileChanged();
+    takeLines();
+    tickAt(0.5);
     EXPECT_EQ(engine->real.state, CState::countdown);
-    EXPECT_EQ(engine->view(at(0.25))["consentNeeded"], false);
+    EXPECT_EQ(takeLines().front(),
+              "stage-c: settings changed: autoShutdown=true consentRecorded=true enabled=true");
+    EXPECT_EQ(engine->view(at(0.5))["consentNeeded"], false);
 }
 
 TEST_F(EngineSettings, SwitchTurnedOffByAnotherProcessAbortsTheCountdown) {
@@ -124,10 +156,13 @@ TEST_F(EngineSettings, SwitchTurnedOffByAnotherProcessAbortsTheCountdown) {
     sensor->reading = kCritical;
     tickThrough(0, 2);
     writeConsent(false);
+    settingsFileChanged();
     takeLines();
     tickAt(2.25);
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{
+                  "stage-c: settings changed: autoShutdown=false consentRecorded=true "
+                  "enabled=false",
                   "stage-c: event abort remaining=0",
                   stateLine("countdown", "idle",
                             "thermal=Critical ladder=108 level=EMERGENCY critical=true "
@@ -135,15 +170,61 @@ TEST_F(EngineSettings, SwitchTurnedOffByAnotherProcessAbortsTheCountdown) {
               }));
 }
 
-TEST_F(EngineSettings, SettingsFileSpoiledMidRunFallsBackToTheDefaults) {
+TEST_F(EngineSettings, SettingsFileSpoiledMidRunKeepsTheLastGoodSettingsAndSaysSoOnce) {
     writeConsent();
     start();
+    sensor->reading = kCritical;
+    tickThrough(0, 2);
     writeSettingsText("{ not json");
-    const auto view = tickAt(0);
-    EXPECT_EQ(engine->set, Settings{});
-    EXPECT_EQ(view["autoShutdown"], true);
-    EXPECT_EQ(view["consentNeeded"], true);
-    EXPECT_EQ(view["autoEnabled"], false);
+    settingsFileChanged();
+    takeLines();
+    tickAt(2.25);
+    settingsFileChanged();
+    const auto view = tickThrough(2.5, 10);
+    EXPECT_EQ(engine->set, (Settings{true, true, "2027-01-14T09:30:00Z"}));
+    EXPECT_EQ(view["autoEnabled"], true);
+    EXPECT_EQ(engine->shutdownCalls, 1);
+    const auto problemLines =
+        std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+            return line.find("does not hold valid settings") != std::string::npos;
+        });
+    EXPECT_EQ(problemLines, 1);
+    EXPECT_EQ(takeLines().front(), "stage-c: settings file " + settingsPath().string() +
+                                       " could not be read or does not hold valid settings; "
+                                       "keeping autoShutdown=true consentRecorded=true");
+}
+
+TEST_F(EngineSettings, SettingsFileDeletedWithItsFolderKeepsTheLastGoodSettings) {
+    writeConsent();
+    start();
+    sensor->reading = kCritical;
+    tickThrough(0, 2);
+    std::filesystem::remove_all(dataDir);
+    settingsFileChanged();
+    takeLines();
+    tickThrough(2.25, 10);
+    EXPECT_TRUE(engine->set.enabled());
+    EXPECT_EQ(engine->shutdownCalls, 1);
+    EXPECT_EQ(takeLines().front(), "stage-c: settings file " + settingsPath().string() +
+                                       " is missing; keeping autoShutdown=true "
+                                       "consentRecorded=true");
+}
+
+TEST_F(EngineSettings, SettingsFileReadableAgainIsTakenAndSaidSo) {
+    writeConsent();
+    start();
+    writeSettingsText("");
+    settingsFileChanged();
+    tickAt(0);
+    writeConsent(false);
+    settingsFileChanged();
+    takeLines();
+    tickAt(0.25);
+    EXPECT_EQ(takeLines(), (std::vector<std::string>{
+                               "stage-c: settings changed: autoShutdown=false consentRecorded=true "
+                               "enabled=false",
+                               "stage-c: settings file readable again",
+                           }));
 }
 
 }  // namespace

@@ -132,10 +132,10 @@ TEST_F(EngineShutdown, StillCriticalAfterTheFailsafeStartsAFreshCountdown) {
 }
 
 TEST_F(EngineShutdown, MarkerThatCannotBeWrittenDoesNotStopTheShutdown) {
-    start();
     const auto blocker = tmp.path() / "blocker";
     std::ofstream(blocker) << "a regular file where the marker's folder should be";
-    engine->markers = MarkerStore(blocker / "data");
+    markerDir = blocker / "data";
+    start();
     tickThrough(0, 10);
     const auto warning = lines.at(lines.size() - 3);
     EXPECT_TRUE(warning.starts_with("stage-c: WARNING could not write marker: ")) << warning;

@@ -72,7 +72,7 @@ TEST_F(EngineSimulation, RealCountdownTakesOverARunningSimulationOnTheSameTick) 
 }
 
 TEST_F(EngineSimulation, SimulationCountingDownMutesTheStageBAlarm) {
-    writeSettingsText("{}");  // no consent: stage B only sounds the alarm
+    withdrawConsent();  // no consent: stage B only sounds the alarm
     sensor->reading = kCritical;
     tickAt(0);
     engine->startSim(at(5));

@@ -149,7 +149,7 @@ TEST(SettingsStore, UnusableFileIsReportedOnceUntilItIsUsableAgain) {
         EXPECT_FALSE(store.load().consentRecorded);
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_EQ(reports[0],
-              "settings: " + store.url().string() + " is a symbolic link; using the defaults");
+              "settings: " + store.url().string() + " is a symbolic link; not used");
 
     std::filesystem::remove(store.url());
     writeText(store.url(), std::string(SettingsStore::readCap + 1, ' '));
@@ -157,7 +157,7 @@ TEST(SettingsStore, UnusableFileIsReportedOnceUntilItIsUsableAgain) {
     static_cast<void>(store.load());
     ASSERT_EQ(reports.size(), 2U);
     EXPECT_EQ(reports[1], "settings: " + store.url().string() +
-                              " is larger than 65536 bytes; using the defaults");
+                              " is larger than 65536 bytes; not used");
 
     ASSERT_TRUE(store.recordConsent(true, first).ok());
     EXPECT_TRUE(store.load().consentRecorded);

@@ -3,10 +3,14 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <optional>
+#include <variant>
 
 #include "app/data_dir_check.hpp"
+#include "app/exit_deadline.hpp"
 #include "app/headless/glib_main_loop.hpp"
 #include "app/headless/headless_shell.hpp"
+#include "app/instance_lock.hpp"
 
 namespace velmora {
 
@@ -17,15 +21,43 @@ void reportStartProblems(const AppController& app) {
     if (const auto problem = dataDirProblem(app.opts.dataDir)) {
         std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
     }
-    if (app.opts.consent && !app.engine->set.consentRecorded) {
-        std::fprintf(stderr, "velmora-heat-monitor: could not record consent in %s\n",
+    if (app.opts.consent && !app.startConsentSaved) {
+        std::fprintf(stderr,
+                     "velmora-heat-monitor: could not save the consent answer in %s; it holds "
+                     "until this run ends\n",
                      app.engine->settings.url().c_str());
     }
+}
+
+// How long the clean-up after a quit request may take before the process ends regardless.
+constexpr double kQuitDeadline = 1.5;
+
+/// False when another watchdog already guards this data directory.
+bool mayRun(const InstanceLock::Outcome& lock, const std::filesystem::path& dataDir) {
+    if (const auto* held = std::get_if<InstanceLock::Held>(&lock)) {
+        const std::string pid = held->holder ? std::to_string(*held->holder) : "unknown";
+        std::fprintf(stderr,
+                     "velmora-heat-monitor: already running (pid %s) with the data directory "
+                     "%s\n",
+                     pid.c_str(), dataDir.c_str());
+        return false;
+    }
+    if (const auto* unavailable = std::get_if<InstanceLock::Unavailable>(&lock)) {
+        std::fprintf(stderr,
+                     "velmora-heat-monitor: %s; a second watchdog on this data directory would "
+                     "go unnoticed\n",
+                     unavailable->reason.c_str());
+    }
+    return true;
 }
 
 }  // namespace
 
 int runHeadless(LaunchOptions opts, PlatformParts parts) {
+    // Before anything reads or writes the data directory: a second instance touches nothing.
+    const auto lock = InstanceLock::acquire(opts.dataDir);
+    if (!mayRun(lock, opts.dataDir)) return 1;
+    std::optional<ExitDeadline> quitDeadline;
     GlibMainLoop loop;
     loop.quitOnTerminationSignals();
     HeadlessShell shell(stdout, isatty(STDOUT_FILENO) == 1, parts.sounds, [&loop] { loop.quit(); });
@@ -34,6 +66,7 @@ int runHeadless(LaunchOptions opts, PlatformParts parts) {
         app.start();
         reportStartProblems(app);
         loop.run();
+        quitDeadline.emplace(kQuitDeadline, 0);
         shell.finish();
         app.willTerminate();
     }  // the log writes what is still queued before the process ends

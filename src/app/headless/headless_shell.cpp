@@ -46,11 +46,14 @@ void HeadlessShell::statusChanged(const StatusReport& report) {
 }
 
 void HeadlessShell::printLine(const std::string& line) {
-    if (interactive_) std::fputs(clearLine, out_);
-    std::fputs(line.c_str(), out_);
-    std::fputc('\n', out_);
+    write((interactive_ ? clearLine : "") + line + "\n");
     shownStatus_.clear();
-    std::fflush(out_);
+}
+
+void HeadlessShell::write(const std::string& text) {
+    if (outputGone_) return;
+    std::fputs(text.c_str(), out_);
+    if (std::fflush(out_) != 0 || std::ferror(out_) != 0) outputGone_ = true;
 }
 
 void HeadlessShell::drawStatus() {
@@ -58,15 +61,12 @@ void HeadlessShell::drawStatus() {
     const auto text = statusLineText(*last_);
     if (text == shownStatus_) return;
     shownStatus_ = text;
-    std::fputs(clearLine, out_);
-    std::fputs(text.c_str(), out_);
-    std::fflush(out_);
+    write(clearLine + text);
 }
 
 void HeadlessShell::finish() {
     if (!interactive_ || shownStatus_.empty()) return;
-    std::fputs(clearLine, out_);
-    std::fflush(out_);
+    write(clearLine);
     shownStatus_.clear();
 }
 

@@ -59,6 +59,9 @@ class HeadlessShell final : public Shell {
   private:
     void printLine(const std::string& line);
     void drawStatus();
+    /// Writes and flushes; after a failed write (the reader of a pipe has gone) nothing more
+    /// is written, and the watchdog goes on without its status.
+    void write(const std::string& text);
 
     std::FILE* out_;
     bool interactive_;
@@ -68,6 +71,7 @@ class HeadlessShell final : public Shell {
     Rect frame_;
     std::optional<StatusReport> last_;
     std::string shownStatus_;
+    bool outputGone_ = false;
 };
 
 }  // namespace velmora

@@ -35,7 +35,7 @@ ln -s "$WORK/real-settings.json" "$SETTINGS"
 ln -s "$WORK/real-marker" "$MARKER"
 run_briefly
 expect_defaults
-expect_reported_once "settings: $SETTINGS is a symbolic link; using the defaults"
+expect_reported_once "settings: $SETTINGS is a symbolic link; not used"
 expect_line "marker found at launch but not usable ($MARKER is a symbolic link); no relief shown"
 expect_no_line "showing relief"
 [[ ! -L "$MARKER" && -f "$WORK/real-marker" ]] || fail "the marker link was not removed, or its target was"
@@ -45,7 +45,7 @@ rm -f "$SETTINGS"
 mkfifo "$SETTINGS" "$MARKER"
 run_briefly
 expect_defaults
-expect_reported_once "settings: $SETTINGS is a FIFO; using the defaults"
+expect_reported_once "settings: $SETTINGS is a FIFO; not used"
 expect_line "marker found at launch but not usable ($MARKER is a FIFO); no relief shown"
 rm -f "$SETTINGS" "$MARKER"
 
@@ -60,7 +60,7 @@ if [[ $(id -u) -eq 0 ]] && mknod "$SETTINGS" c 1 5 2>/dev/null; then
   mknod "$MARKER" c 1 5
   run_briefly
   expect_defaults
-  expect_reported_once "settings: $SETTINGS is a device; using the defaults"
+  expect_reported_once "settings: $SETTINGS is a device; not used"
   expect_line "marker found at launch but not usable ($MARKER is a device)"
   rm -f "$SETTINGS" "$MARKER"
 else
@@ -72,7 +72,7 @@ fi
 { printf '%s' "${marker%\}}, \"pad\": \""; head -c 5000 /dev/zero | tr '\0' 'x'; printf '"}'; } >"$MARKER"
 run_briefly
 expect_defaults
-expect_reported_once "settings: $SETTINGS is larger than 65536 bytes; using the defaults"
+expect_reported_once "settings: $SETTINGS is larger than 65536 bytes; not used"
 expect_line "marker found at launch but not usable ($MARKER is larger than 4096 bytes)"
 expect_no_line "showing relief"
 

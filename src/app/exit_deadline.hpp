@@ -1,0 +1,28 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace velmora {
+
+/// Once the user has asked the process to end, a clean-up stuck on a stalled disk (a log
+/// line, a marker flush, a settings read) must not keep it alive: unless it is destroyed
+/// within `seconds`, the process ends with `status` without further clean-up.
+class ExitDeadline {
+  public:
+    ExitDeadline(double seconds, int status);
+    ~ExitDeadline();
+    ExitDeadline(const ExitDeadline&) = delete;
+    ExitDeadline& operator=(const ExitDeadline&) = delete;
+    ExitDeadline(ExitDeadline&&) = delete;
+    ExitDeadline& operator=(ExitDeadline&&) = delete;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable done_;
+    bool finished_ = false;
+    std::thread thread_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,137 @@
+#include "os/file_change_watch.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <system_error>
+
+#ifdef __linux__
+#include <sys/inotify.h>
+#endif
+
+namespace velmora {
+
+namespace {
+
+int pollMilliseconds(double seconds) {
+    return static_cast<int>(std::lround(seconds * 1000.0));
+}
+
+#ifdef __linux__
+// Everything that can put another settings file in place or take it away, and the loss of the
+// directory itself. Writes to other files of the directory (the log) wake the thread but are
+// told apart by name.
+constexpr std::uint32_t kDirectoryEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM |
+                                           IN_CREATE | IN_DELETE | IN_ATTRIB | IN_DELETE_SELF |
+                                           IN_MOVE_SELF | IN_ONLYDIR;
+#endif
+
+}  // namespace
+
+FileChangeWatch::FileChangeWatch(std::filesystem::path file,
+                                 std::function<void(bool notified)> changed, Intervals intervals)
+    : file_(std::move(file)), changed_(std::move(changed)), intervals_(intervals) {
+    std::array<int, 2> ends{-1, -1};
+    if (::pipe(ends.data()) != 0) return;  // no way to stop a thread: run without one
+    stopRead_ = UniqueFd(ends[0]);
+    stopWrite_ = UniqueFd(ends[1]);
+    for (const int end : ends)
+        static_cast<void>(::fcntl(end, F_SETFD, FD_CLOEXEC));
+#ifdef __linux__
+    notify_ = UniqueFd(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    addWatch();
+#endif
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        // Without the thread nothing tells of changes; the file is still read at start.
+    }
+}
+
+FileChangeWatch::~FileChangeWatch() {
+    if (thread_.joinable()) {
+        const char stop = 'q';
+        static_cast<void>(::write(stopWrite_.get(), &stop, 1));
+        thread_.join();
+    }
+}
+
+bool FileChangeWatch::addWatch() {
+#ifdef __linux__
+    if (!notify_.valid()) return false;
+    watch_ = ::inotify_add_watch(notify_.get(), file_.parent_path().c_str(), kDirectoryEvents);
+    watching_ = watch_ >= 0;
+    return watching_;
+#else
+    return false;
+#endif
+}
+
+// True when an event concerns the file or the directory went away.
+bool FileChangeWatch::readEvents() {
+#ifdef __linux__
+    alignas(inotify_event) std::array<char, 4096> buffer{};
+    bool relevant = false;
+    for (;;) {
+        const ssize_t got = ::read(notify_.get(), buffer.data(), buffer.size());
+        if (got <= 0) return relevant;
+        for (ssize_t at = 0; at < got;) {
+            inotify_event event{};
+            std::memcpy(&event, buffer.data() + at, sizeof event);
+            const char* name = buffer.data() + at + sizeof(inotify_event);
+            at += static_cast<ssize_t>(sizeof(inotify_event) + event.len);
+            if (event.wd != watch_) continue;
+            if ((event.mask & (IN_IGNORED | IN_DELETE_SELF | IN_MOVE_SELF)) != 0) {
+                if ((event.mask & IN_IGNORED) != 0) {
+                    watch_ = -1;
+                    watching_ = false;
+                }
+                relevant = true;
+            } else if (event.len > 0 && file_.filename() == name) {
+                relevant = true;
+            }
+        }
+    }
+#else
+    return false;
+#endif
+}
+
+void FileChangeWatch::run() {
+    using Clock = std::chrono::steady_clock;
+    // Measured from the last look at the file, so that events for other files of the
+    // directory (every log line) do not postpone the fallback for ever.
+    auto lastLook = Clock::now();
+    for (;;) {
+        const bool watched = watch_ >= 0;
+        const double interval = watched ? intervals_.watched : intervals_.unwatched;
+        const std::chrono::duration<double> left =
+            lastLook + std::chrono::duration<double>(interval) - Clock::now();
+        std::array<pollfd, 2> fds{pollfd{stopRead_.get(), POLLIN, 0},
+                                  pollfd{notify_.get(), POLLIN, 0}};
+        const nfds_t count = watched ? 2 : 1;
+        const int ready = ::poll(fds.data(), count, std::max(0, pollMilliseconds(left.count())));
+        if (ready < 0 && errno == EINTR) continue;
+        if (ready < 0) std::this_thread::sleep_for(left);
+        if ((fds[0].revents & POLLIN) != 0) return;
+        if (ready <= 0) {
+            lastLook = Clock::now();
+            // The fallback; also the moment to watch a directory that has come back.
+            changed_(!watched && addWatch());
+            continue;
+        }
+        if ((fds[1].revents & POLLIN) != 0 && readEvents()) {
+            lastLook = Clock::now();
+            changed_(true);
+        }
+    }
+}
+
+}  // namespace velmora

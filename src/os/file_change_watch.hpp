@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include "os/unique_fd.hpp"
+
+namespace velmora {
+
+/// Tells when one file may have changed: at once through a change notification of its
+/// directory (inotify on Linux), and every few seconds as a fallback for file systems and
+/// moments without notifications (no watch, the directory deleted and made again).
+/// `changed` runs on the watch's own thread; `notified` is true for a notification and false
+/// for the fallback. The watch itself never reads the file.
+class FileChangeWatch {
+  public:
+    struct Intervals {
+        double watched = 30;   // fallback while notifications work
+        double unwatched = 5;  // fallback without them
+    };
+
+    FileChangeWatch(std::filesystem::path file, std::function<void(bool notified)> changed,
+                    Intervals intervals);
+    FileChangeWatch(std::filesystem::path file, std::function<void(bool notified)> changed)
+        : FileChangeWatch(std::move(file), std::move(changed), Intervals{}) {}
+    /// Stops the thread; never waits on the disk.
+    ~FileChangeWatch();
+    FileChangeWatch(const FileChangeWatch&) = delete;
+    FileChangeWatch& operator=(const FileChangeWatch&) = delete;
+    FileChangeWatch(FileChangeWatch&&) = delete;
+    FileChangeWatch& operator=(FileChangeWatch&&) = delete;
+
+    /// Whether a change notification is in place right now (false between a deleted directory
+    /// and the fallback that finds it again, and on systems without notifications).
+    [[nodiscard]] bool notifying() const { return watching_.load(); }
+
+  private:
+    void run();
+    bool addWatch();
+    bool readEvents();
+
+    std::filesystem::path file_;
+    std::function<void(bool)> changed_;
+    Intervals intervals_;
+    UniqueFd notify_;
+    UniqueFd stopRead_;
+    UniqueFd stopWrite_;
+    int watch_ = -1;
+    std::atomic<bool> watching_{false};
+    std::thread thread_;
+};
+
+}  // namespace velmora

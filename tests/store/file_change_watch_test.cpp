@@ -1,0 +1,70 @@
+#include "os/file_change_watch.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "store/temp_dir.hpp"
+
+namespace velmora::testing {
+namespace {
+
+class FileChangeWatchTest : public ::testing::Test {
+  protected:
+    bool eventually(const std::function<bool()>& condition, double seconds = 10) {
+        const auto until =
+            std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (std::chrono::steady_clock::now() < until) {
+            if (condition()) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return false;
+    }
+
+    TempDir dir;
+    std::filesystem::path file = dir / "settings.json";
+    std::atomic<int> notified{0};
+    std::atomic<int> fallbacks{0};
+    std::function<void(bool)> count = [this](bool byNotification) {
+        ++(byNotification ? notified : fallbacks);
+    };
+};
+
+TEST_F(FileChangeWatchTest, WritingTheFileNotifies) {
+    const FileChangeWatch watch(file, count, {60, 60});
+    EXPECT_TRUE(watch.notifying());
+    writeText(file, "{}");
+    EXPECT_TRUE(eventually([&] { return notified > 0; }));
+}
+
+TEST_F(FileChangeWatchTest, OtherFilesOfTheFolderDoNotNotify) {
+    const FileChangeWatch watch(file, count, {60, 60});
+    writeText(dir / "heat.log", "a line\n");
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(notified, 0);
+    writeText(file, "{}");
+    EXPECT_TRUE(eventually([&] { return notified > 0; }));
+}
+
+TEST_F(FileChangeWatchTest, FallsBackToPollingWhileTheFolderIsGoneAndWatchesItAgain) {
+    const FileChangeWatch watch(file, count, {60, 0.1});
+    std::filesystem::remove_all(dir.path());
+    ASSERT_TRUE(eventually([&] { return !watch.notifying(); }));
+    EXPECT_TRUE(eventually([&] { return fallbacks > 0; }));
+    std::filesystem::create_directories(dir.path());
+    EXPECT_TRUE(eventually([&] { return watch.notifying(); }));
+    const int before = notified;
+    writeText(file, "{}");
+    EXPECT_TRUE(eventually([&] { return notified > before; }));
+}
+
+TEST_F(FileChangeWatchTest, FallbackRunsWhileNothingHappens) {
+    const FileChangeWatch watch(file, count, {0.05, 0.05});
+    EXPECT_TRUE(eventually([&] { return fallbacks >= 2; }));
+    EXPECT_EQ(notified, 0);
+}
+
+}  // namespace
+}  // namespace velmora::testing
