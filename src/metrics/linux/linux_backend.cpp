@@ -58,7 +58,6 @@ void LinuxBackend::discover(Timestamp now, SysfsFingerprint fingerprint) {
     inv.loadavg = SysfsFile::openReadable(root_ + "/proc/loadavg");
     inv.cpuOnline = SysfsFile::openReadable(root_ + "/sys/devices/system/cpu/online");
     inv.zones = discoverThermalZones(root_);
-    inv.zoneListing = listZones(inv.zones, inv.hwmon);
     inv.throttleCounters = discoverThrottleCounters(root_);
     inv.supplies = discoverPowerSupplies(root_);
     inv.rapl = RaplMeter::discover(root_);
@@ -68,6 +67,8 @@ void LinuxBackend::discover(Timestamp now, SysfsFingerprint fingerprint) {
     // Last, so that the sensor inputs get what the descriptor limit leaves; pooled ones are
     // open already and count as available.
     inv.hwmon = discoverHwmon(root_, &pool, spareDescriptors(reservedDescriptors) + pool.size());
+    // Zones that a hwmon chip already reports are listed once, so this needs the chips.
+    inv.zoneListing = listZones(inv.zones, inv.hwmon);
     inv_ = std::move(inv);
     fingerprint_ = std::move(fingerprint);
     setThermalSources();
