@@ -185,6 +185,9 @@ class AppController {
     std::optional<TimerId> pollTimer_;
     std::optional<TimerId> liveTimer_;
     std::vector<std::shared_ptr<WatchdogObserver>> observers_;
+    /// The thresholds of the latest sample, for the metrics file; with a sampler thread the
+    /// collector is not the loop's to ask.
+    std::vector<ThermalLimit> sampledLimits_;
     StatusReport status_;
     std::shared_ptr<AppController*> self_ = std::make_shared<AppController*>(this);
 };

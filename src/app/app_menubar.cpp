@@ -53,6 +53,7 @@ void AppController::receiveLive(const LiveDelivery& delivery) {
     if (!delivery.summary.empty()) logFirstSample(delivery.summary, delivery.inputs);
     for (const std::string& notice : delivery.notices)
         log(notice);
+    sampledLimits_ = delivery.limits;
     presentLive(delivery.inputs);
 }
 

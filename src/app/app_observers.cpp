@@ -10,8 +10,11 @@ void AppController::startObservers() {
     observers_ = services_.observers;
     if (!opts.metricsFile.empty()) {
         auto* collector = live.get();
+        const auto* sampled = &sampledLimits_;
         observers_.push_back(std::make_shared<MetricsFile>(
-            opts.metricsFile, logSink(), [collector] { return collector->thermalLimits(); }));
+            opts.metricsFile, logSink(), [collector, sampled] {
+                return collector != nullptr ? collector->thermalLimits() : *sampled;
+            }));
         log("metrics: writing " + opts.metricsFile.string() + " after every sample");
     }
     if (observers_.empty()) return;

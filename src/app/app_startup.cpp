@@ -114,6 +114,7 @@ void AppController::startSampler() {
         logFirstSample(first->summary, first->inputs);
         for (const std::string& notice : first->notices)
             log(notice);
+        sampledLimits_ = first->limits;
     } else {
         log("live: the first sample is late; the thermal state is unknown until it comes");
     }
@@ -129,7 +130,7 @@ void AppController::buildEngine() {
     });
     // The settings are read in the background from now on; a stalled first read must not keep
     // the watchdog from starting.
-    auto settingsCache = std::make_shared<SettingsCache>(SettingsStore(opts.dataDir));
+    auto settingsCache = std::make_shared<SettingsCache>(SettingsStore(opts.dataDir, logSink()));
     settingsCache->startWatching(kFirstSettingsReadWait);
     Engine::Parts parts{
         .sensor = std::move(sensor),

@@ -80,7 +80,7 @@ void LiveSampler::startWorker() {
             worker->busySince = setup.clock();
             lock.unlock();
             LiveDelivery delivery{collector->sample(Timestamp::now()), std::move(summary),
-                                  collector->takeNotices()};
+                                  collector->takeNotices(), collector->thermalLimits()};
             summary.clear();
             lock.lock();
             worker->busy = false;

@@ -22,6 +22,8 @@ struct LiveDelivery {
     std::string summary;
     /// What the readers had to say since the previous sample (sensors left out, rediscoveries).
     std::vector<std::string> notices;
+    /// The thresholds behind the sample's thermal state, read on the sampler's thread.
+    std::vector<ThermalLimit> limits;
 };
 
 /// Runs the collector on a thread of its own so that no read, discovery or rediscovery ever
