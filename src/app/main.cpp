@@ -2,7 +2,11 @@
 #include <cstdio>
 #include <string>
 
+#if defined(__APPLE__)
+#include "app/cocoa/cocoa_run.hpp"
+#else
 #include "app/headless/headless_run.hpp"
+#endif
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
 #include "app/resource_dirs.hpp"
@@ -53,10 +57,16 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
     }
     if (opts->diagnose) return diagnose(*opts);
+#if defined(__APPLE__)
+    // The Mac always has a display: its window, menus and menu-bar item.
+    auto macParts = makePlatformParts(*opts, env, {});
+    return runCocoa(std::move(*opts), std::move(macParts));
+#else
     if (pickShell(*opts, env) == ShellKind::desktop) {
         std::fprintf(stderr, "%s: this build has no desktop window yet; running headless\n",
                      programName);
     }
     auto parts = makePlatformParts(*opts, env, resourceDirectory(runningExecutable()));
     return runHeadless(std::move(*opts), std::move(parts));
+#endif
 }
