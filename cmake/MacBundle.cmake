@@ -41,7 +41,7 @@ set(generated ${CMAKE_CURRENT_BINARY_DIR}/bundle)
 set(sounds_dir ${generated}/sounds)
 add_custom_command(
   OUTPUT ${sounds_dir}/alarm.wav ${sounds_dir}/tick.wav
-  COMMAND velmora_mac_cue_sounds ${sounds_dir}
+  COMMAND $<TARGET_FILE:velmora_mac_cue_sounds> ${sounds_dir}
   DEPENDS velmora_mac_cue_sounds
   COMMENT "Making the cue sounds")
 
@@ -50,7 +50,7 @@ set(icns ${generated}/AppIcon.icns)
 add_custom_command(
   OUTPUT ${icns}
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${iconset}
-  COMMAND velmora_make_app_icon ${iconset}
+  COMMAND $<TARGET_FILE:velmora_make_app_icon> ${iconset}
   COMMAND iconutil --convert icns --output ${icns} ${iconset}
   DEPENDS velmora_make_app_icon
   COMMENT "Making the application icon")

@@ -39,7 +39,9 @@ TEST(ShellEvents, ClickingTheHeatItemOpensThePopoverAndPushesLiveData) {
 
 TEST(ShellEvents, AConvertedPageMessageWithTheTokenDrivesTheController) {
     AppHarness h;
+    h.recordConsent();  // else the consent page comes before the settings
     h.launch();
+    ASSERT_EQ(h.app->ui.mode, UIMode::home);
     const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token}};
     eventsFor(*h.app).message(
         pageMessageFrom(WebView::main, "stagec", wrapped(body), true, "file:///r/index.html"));
@@ -49,6 +51,7 @@ TEST(ShellEvents, AConvertedPageMessageWithTheTokenDrivesTheController) {
 
 TEST(ShellEvents, AMessageFromASubframeIsRejected) {
     AppHarness h;
+    h.recordConsent();
     h.launch();
     const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token}};
     eventsFor(*h.app).message(
