@@ -30,8 +30,14 @@ test: build
 # On a desktop this opens the window, without a display it is the headless watchdog; ARGS
 # adds switches, e.g.
 # make run ARGS="--dry-run-shutdown --test-emergency"
+# On a Mac the program is an application bundle and is opened as one.
+ifeq ($(shell uname -s),Darwin)
+RUN = open -n "$(BUILD)/Velmora Heat Monitor.app" --args
+else
+RUN = $(EXE)
+endif
 run: build
-	$(EXE) $(ARGS)
+	$(RUN) $(ARGS)
 
 install: build
 	DESTDIR="$(DESTDIR)" cmake --install $(BUILD)

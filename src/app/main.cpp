@@ -7,8 +7,12 @@
 
 #include "app/command_line.hpp"
 #include "app/data_dir_check.hpp"
+#if defined(__APPLE__)
+#include "app/cocoa/cocoa_run.hpp"
+#else
 #include "app/gtk/desktop_run.hpp"
 #include "app/headless/headless_run.hpp"
+#endif
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
 #include "app/process_setup.hpp"
@@ -80,6 +84,11 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, refusal->c_str());
         return 1;
     }
+#if defined(__APPLE__)
+    // The Mac always has a display: its window, menus and menu-bar item.
+    auto macParts = makePlatformParts(*opts, env, {});
+    return runCocoa(std::move(*opts), std::move(macParts));
+#else
     const auto resources = resourceDirectory(runningExecutable());
     if (pickShell(*opts, env) == ShellKind::desktop) {
         if (openDesktopDisplay()) {
@@ -90,4 +99,5 @@ int main(int argc, char** argv) {
     }
     auto parts = makePlatformParts(*opts, env, resources);
     return runHeadless(std::move(*opts), std::move(parts));
+#endif
 }

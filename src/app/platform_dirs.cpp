@@ -24,9 +24,10 @@ std::optional<std::filesystem::path> absoluteBase(const std::optional<std::strin
     return path;
 }
 
-std::optional<std::filesystem::path> xdgBase(const std::optional<std::string>& variableValue,
-                                             const std::optional<std::string>& home,
-                                             const char* fallbackUnderHome) {
+// Unused on macOS, whose folders do not follow the XDG rules.
+[[maybe_unused]] std::optional<std::filesystem::path> xdgBase(
+    const std::optional<std::string>& variableValue, const std::optional<std::string>& home,
+    const char* fallbackUnderHome) {
     if (auto base = absoluteBase(variableValue)) return base;
     if (auto homeDir = absoluteBase(home)) return *homeDir / fallbackUnderHome;
     return std::nullopt;

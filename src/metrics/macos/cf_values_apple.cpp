@@ -8,7 +8,10 @@ namespace {
 
 std::optional<RegistryScalar> scalarFromCF(CFTypeRef value) {
     const CFTypeID type = CFGetTypeID(value);
-    if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(static_cast<CFBooleanRef>(value));
+    if (type == CFBooleanGetTypeID()) {
+        // Boolean is an unsigned char: compare, or the variant cannot tell which number it is.
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(value)) != 0;
+    }
     if (type == CFNumberGetTypeID()) {
         const auto number = static_cast<CFNumberRef>(value);
         if (CFNumberIsFloatType(number)) {
