@@ -25,7 +25,8 @@ class CocoaMainLoop final : public MainLoop {
     TimerId postAfter(double seconds, std::function<void()> work) override;
     TimerId startRepeating(double seconds, std::function<void()> work) override;
     void stop(TimerId id) override;
-    Timestamp now() const override;
+    MonoTime now() const override;
+    Timestamp wallNow() const override;
     /// Completions of background work that ends after the loop is gone are dropped.
     Post poster() override;
 

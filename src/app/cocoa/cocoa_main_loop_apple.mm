@@ -106,7 +106,11 @@ void CocoaMainLoop::forget(TimerId id) {
     timers_.erase(found);
 }
 
-Timestamp CocoaMainLoop::now() const {
+MonoTime CocoaMainLoop::now() const {
+    return MonoTime::now();
+}
+
+Timestamp CocoaMainLoop::wallNow() const {
     return Timestamp::now();
 }
 
