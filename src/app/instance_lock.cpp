@@ -7,6 +7,8 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
+#include <string>
 #include <system_error>
 
 #include "os/whole_file.hpp"
@@ -56,5 +58,25 @@ InstanceLock::Outcome InstanceLock::acquire(const std::filesystem::path& dataDir
     recordHolder(fd.get());
     return InstanceLock(std::move(fd));
 }
+
+/// False when another watchdog already guards this data directory.
+bool instanceMayRun(const InstanceLock::Outcome& lock, const std::filesystem::path& dataDir) {
+    if (const auto* held = std::get_if<InstanceLock::Held>(&lock)) {
+        const std::string pid = held->holder ? std::to_string(*held->holder) : "unknown";
+        std::fprintf(stderr,
+                     "velmora-heat-monitor: already running (pid %s) with the data directory "
+                     "%s\n",
+                     pid.c_str(), dataDir.c_str());
+        return false;
+    }
+    if (const auto* unavailable = std::get_if<InstanceLock::Unavailable>(&lock)) {
+        std::fprintf(stderr,
+                     "velmora-heat-monitor: %s; a second watchdog on this data directory would "
+                     "go unnoticed\n",
+                     unavailable->reason.c_str());
+    }
+    return true;
+}
+
 
 }  // namespace velmora

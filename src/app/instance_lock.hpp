@@ -37,4 +37,8 @@ class InstanceLock {
     UniqueFd fd_;
 };
 
+/// False, after saying so on stderr, when another watchdog already guards `dataDir`; a lock that
+/// could not be taken is reported and the run goes on unguarded.
+bool instanceMayRun(const InstanceLock::Outcome& lock, const std::filesystem::path& dataDir);
+
 }  // namespace velmora

@@ -1,5 +1,7 @@
 #include "app/gtk/desktop_run.hpp"
 
+#include "app/instance_lock.hpp"
+
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
 #include <glib-unix.h>
@@ -52,6 +54,10 @@ class DesktopRun {
     PlatformParts parts_;
     std::filesystem::path resources_;
     DesktopHooks hooks_;
+    /// Taken by the first instance on this display before it touches the data directory, so a
+    /// headless watchdog on the same directory and this window never both count down.
+    std::optional<InstanceLock::Outcome> lock_;
+    int exitStatus_ = 0;
     std::optional<GlibMainLoop> loop_;
     std::unique_ptr<GtkShell> shell_;
     std::unique_ptr<AppController> app_;
@@ -92,7 +98,7 @@ int DesktopRun::run() {
     for (const auto source : signals)
         g_source_remove(source);
     g_object_unref(application);
-    return status;
+    return exitStatus_ != 0 ? exitStatus_ : status;
 }
 
 void DesktopRun::onActivate(GApplication* application, gpointer data) {
@@ -106,6 +112,12 @@ void DesktopRun::onActivate(GApplication* application, gpointer data) {
 }
 
 void DesktopRun::start(GtkApplication* application) {
+    lock_.emplace(InstanceLock::acquire(opts_.dataDir));
+    if (!instanceMayRun(*lock_, opts_.dataDir)) {
+        exitStatus_ = 1;
+        g_application_quit(G_APPLICATION(application));
+        return;
+    }
     const auto sandboxNote = prepareWebContext(resources_);
     loop_.emplace();
     shell_ = std::make_unique<GtkShell>(application, resources_, parts_.sounds,

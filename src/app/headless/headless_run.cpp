@@ -32,31 +32,12 @@ void reportStartProblems(const AppController& app) {
 // How long the clean-up after a quit request may take before the process ends regardless.
 constexpr double kQuitDeadline = 1.5;
 
-/// False when another watchdog already guards this data directory.
-bool mayRun(const InstanceLock::Outcome& lock, const std::filesystem::path& dataDir) {
-    if (const auto* held = std::get_if<InstanceLock::Held>(&lock)) {
-        const std::string pid = held->holder ? std::to_string(*held->holder) : "unknown";
-        std::fprintf(stderr,
-                     "velmora-heat-monitor: already running (pid %s) with the data directory "
-                     "%s\n",
-                     pid.c_str(), dataDir.c_str());
-        return false;
-    }
-    if (const auto* unavailable = std::get_if<InstanceLock::Unavailable>(&lock)) {
-        std::fprintf(stderr,
-                     "velmora-heat-monitor: %s; a second watchdog on this data directory would "
-                     "go unnoticed\n",
-                     unavailable->reason.c_str());
-    }
-    return true;
-}
-
 }  // namespace
 
 int runHeadless(LaunchOptions opts, PlatformParts parts) {
     // Before anything reads or writes the data directory: a second instance touches nothing.
     const auto lock = InstanceLock::acquire(opts.dataDir);
-    if (!mayRun(lock, opts.dataDir)) return 1;
+    if (!instanceMayRun(lock, opts.dataDir)) return 1;
     std::optional<ExitDeadline> quitDeadline;
     GlibMainLoop loop;
     loop.quitOnTerminationSignals();

@@ -135,9 +135,10 @@ describe('all pages', () => {
       await renderView(page, readFixture('views', 'count'), 'count');
       assert.equal(await duration(page, '#ring-fill'), '0s');
     });
+    // The countdown ring never glides, so that a countdown does not keep the page repainting.
     await withPage('stagec', { reducedMotion: 'no-preference' }, async (page) => {
       await renderView(page, readFixture('views', 'count'), 'count');
-      assert.notEqual(await duration(page, '#ring-fill'), '0s');
+      assert.equal(await duration(page, '#ring-fill'), '0s');
     });
     await withPage('expanded', { reducedMotion: 'reduce' }, async (page) => {
       await renderLive(page, readFixture('live', 'normal'));
