@@ -81,6 +81,25 @@ grep -q "already running on this display" "$WORK/second.txt" ||
 [[ ! -e "$WORK/second/heat.log" ]] || fail "the second launch started a second watchdog"
 kill -0 "$PID" 2>/dev/null || fail "the first instance ended"
 
+# A window on a data directory that a headless watchdog already guards refuses to start, so
+# the two never both count down.
+mkdir -p "$WORK/guarded" && chmod 700 "$WORK/guarded"
+"$EXE" --headless --data-dir "$WORK/guarded" --dry-run-shutdown --mute >"$WORK/guard.txt" 2>&1 &
+guard=$!
+deadline=$((SECONDS + 10))
+until [[ -s "$WORK/guarded/instance.lock" ]]; do
+  ((SECONDS < deadline)) || fail "the headless watchdog took no lock"
+  sleep 0.1
+done
+status=0
+DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent timeout 20 "$EXE" --data-dir "$WORK/guarded" \
+  --dry-run-shutdown --mute >"$WORK/guarded.txt" 2>&1 || status=$?
+kill -TERM "$guard"
+wait "$guard" || true
+((status == 1)) || fail "a window on a guarded data directory gave status $status"
+grep -q "already running (pid $guard)" "$WORK/guarded.txt" ||
+  fail "no 'already running' message: $(cat "$WORK/guarded.txt")"
+
 kill -TERM "$PID"
 status=0
 wait "$PID" || status=$?
