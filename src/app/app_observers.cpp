@@ -11,8 +11,8 @@ void AppController::startObservers() {
     if (!opts.metricsFile.empty()) {
         auto* collector = live.get();
         const auto* sampled = &sampledLimits_;
-        observers_.push_back(std::make_shared<MetricsFile>(
-            opts.metricsFile, logSink(), [collector, sampled] {
+        observers_.push_back(
+            std::make_shared<MetricsFile>(opts.metricsFile, logSink(), [collector, sampled] {
                 return collector != nullptr ? collector->thermalLimits() : *sampled;
             }));
         log("metrics: writing " + opts.metricsFile.string() + " after every sample");

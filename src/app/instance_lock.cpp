@@ -78,5 +78,4 @@ bool instanceMayRun(const InstanceLock::Outcome& lock, const std::filesystem::pa
     return true;
 }
 
-
 }  // namespace velmora

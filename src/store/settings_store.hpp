@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
-#include <string>
 #include <optional>
+#include <string>
 
 namespace velmora {
 

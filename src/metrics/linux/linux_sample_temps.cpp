@@ -80,8 +80,9 @@ ThermalState LinuxBackend::deriveThermal() {
     }
     const bool cpuThrottled = throttleRose();
     const auto gpu = throttledGpu();
-    const ThermalState state = deriver_.update(thermalReadings_, cpuThrottled || gpu,
-                                               cpuThrottled ? "thermal_throttle" : gpu.value_or(""));
+    const ThermalState state =
+        deriver_.update(thermalReadings_, cpuThrottled || gpu,
+                        cpuThrottled ? "thermal_throttle" : gpu.value_or(""));
     noteStale();
     return state;
 }

@@ -99,8 +99,8 @@ MetricSources LinuxBackend::sources() const {
         .gpuLoad =
             inv_.gpuBusy.empty() ? "amdgpu gpu_busy_percent / NVML" : inv_.gpuBusy.front().path(),
         .fans = fansSource(inv_.hwmon.fans),
-        .power = or_(chosen_.power,
-                     "RAPL energy_uj / power_supply / GPU hwmon / NVML (none readable)"),
+        .power =
+            or_(chosen_.power, "RAPL energy_uj / power_supply / GPU hwmon / NVML (none readable)"),
         .devices = gpuSourceRows(),
         .powerFiles = chosen_.powerFiles,
     };

@@ -30,9 +30,9 @@ TEST(MetricsFileOption, TakesAnAbsoluteOrRelativePath) {
 // A metrics file switch without its path refuses the whole command line, like every
 // switch that lacks its value.
 TEST(MetricsFileOption, WithoutAPathTheCommandLineIsRefused) {
-    for (const auto& args : {std::vector<std::string>{"velmora-heat-monitor", "--metrics-file"},
-                             std::vector<std::string>{"velmora-heat-monitor", "--metrics-file",
-                                                      "--headless"}}) {
+    for (const auto& args :
+         {std::vector<std::string>{"velmora-heat-monitor", "--metrics-file"},
+          std::vector<std::string>{"velmora-heat-monitor", "--metrics-file", "--headless"}}) {
         const auto problem = commandLineProblem(args);
         ASSERT_TRUE(problem.has_value());
         EXPECT_NE(problem->find("--metrics-file"), std::string::npos) << *problem;
