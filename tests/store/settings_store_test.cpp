@@ -148,16 +148,15 @@ TEST(SettingsStore, UnusableFileIsReportedOnceUntilItIsUsableAgain) {
     for (int i = 0; i < 3; ++i)
         EXPECT_FALSE(store.load().consentRecorded);
     ASSERT_EQ(reports.size(), 1U);
-    EXPECT_EQ(reports[0],
-              "settings: " + store.url().string() + " is a symbolic link; not used");
+    EXPECT_EQ(reports[0], "settings: " + store.url().string() + " is a symbolic link; not used");
 
     std::filesystem::remove(store.url());
     writeText(store.url(), std::string(SettingsStore::readCap + 1, ' '));
     static_cast<void>(store.load());
     static_cast<void>(store.load());
     ASSERT_EQ(reports.size(), 2U);
-    EXPECT_EQ(reports[1], "settings: " + store.url().string() +
-                              " is larger than 65536 bytes; not used");
+    EXPECT_EQ(reports[1],
+              "settings: " + store.url().string() + " is larger than 65536 bytes; not used");
 
     ASSERT_TRUE(store.recordConsent(true, first).ok());
     EXPECT_TRUE(store.load().consentRecorded);

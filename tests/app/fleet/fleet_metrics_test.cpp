@@ -163,9 +163,7 @@ class MetricsFileTest : public ::testing::Test {
         dir_ = ::mkdtemp(pattern.data());
         path_ = dir_ / "velmora.prom";
     }
-    void TearDown() override {
-        std::filesystem::remove_all(dir_);
-    }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
     MetricsFile file() {
         return MetricsFile(
             path_, [this](const std::string& line) { logged_.push_back(line); },
