@@ -6,12 +6,12 @@ void CocoaShell::playSound(std::string_view name) {
     if (parts_->play) parts_->play(std::string(name));
 }
 
-void CocoaShell::showSheet(const AlertSpec& spec) {
+void CocoaShell::showSheet(const AlertSpec& wanted) {
     NSAlert* alert = [[NSAlert alloc] init];
-    alert.messageText = nsText(spec.message);
-    alert.informativeText = nsText(spec.informative);
+    alert.messageText = nsText(wanted.message);
+    alert.informativeText = nsText(wanted.informative);
     alert.alertStyle = NSAlertStyleInformational;
-    [alert addButtonWithTitle:nsText(spec.button)];
+    [alert addButtonWithTitle:nsText(wanted.button)];
     [alert beginSheetModalForWindow:parts_->window completionHandler:nil];
 }
 

@@ -111,7 +111,8 @@ void ColorSchemeWatch::takePortalValue(GVariant* value) {
     report();
 }
 
-void ColorSchemeWatch::onThemeChanged(GObject* /*settings*/, GParamSpec* /*spec*/, gpointer data) {
+void ColorSchemeWatch::onThemeChanged(GObject* /*settings*/, GParamSpec* /*property*/,
+                                      gpointer data) {
     static_cast<ColorSchemeWatch*>(data)->report();
 }
 

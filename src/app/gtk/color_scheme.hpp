@@ -27,7 +27,7 @@ class ColorSchemeWatch {
     static void onSettingChanged(GDBusConnection* connection, const gchar* sender,
                                  const gchar* path, const gchar* interface, const gchar* signal,
                                  GVariant* parameters, gpointer self);
-    static void onThemeChanged(GObject* settings, GParamSpec* spec, gpointer self);
+    static void onThemeChanged(GObject* settings, GParamSpec* property, gpointer self);
     void takePortalValue(GVariant* value);
     bool themeIsDark() const;
     void report();

@@ -59,9 +59,9 @@ static inline NSSize NSMakeSize(CGFloat w, CGFloat h) {
 @end
 
 __attribute__((objc_root_class))
-@interface NSObject <NSObject>
+@interface NSObject<NSObject>
 + (instancetype)alloc;
-+ (instancetype) new;
++ (instancetype)new;
 - (instancetype)init;
 - (BOOL)isEqual:(id)object;
 // Key-value coding.
@@ -148,7 +148,6 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (NSString*)stringForKey:(NSString*)defaultName;
 - (void)setObject:(id)value forKey:(NSString*)defaultName;
 @end
-
 
 // Option sets are plain integers with named bits, as in the real headers under C++.
 typedef NSUInteger NSJSONWritingOptions;
