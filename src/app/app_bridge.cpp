@@ -1,5 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include <utility>
+
 #include "app/app_controller.hpp"
 #include "app/bridge_scripts.hpp"
 
@@ -9,6 +11,7 @@ void AppController::loadPage(const std::string& name) {
     const auto file = shell_.pageFile(name);
     if (!file) return;
     ui.pageName = name;
+    ui.shownRender.clear();
     shell_.loadPage(WebView::main, *file, file->parent_path());
     const std::string stage(rawValue(currentStage()));
     const std::string demo(rawValue(ui.demoStage));
@@ -23,11 +26,19 @@ void AppController::installUserScripts() {
 
 void AppController::pushRender(const nlohmann::json& view) {
     std::string text;
+    std::string visible;
     try {
         text = view.dump();
+        // The page shows whole seconds; a tick that changed only the milliseconds would make
+        // the web process lay out and paint the same screen again, four times a second.
+        auto shown = view;
+        shown.erase("remainingMs");
+        visible = shown.dump() + std::string(modeName(ui.mode));
     } catch (const nlohmann::json::exception&) {
         return;  // not valid UTF-8: nothing is sent, nothing is reported
     }
+    if (visible == ui.shownRender) return;
+    ui.shownRender = std::move(visible);
     shell_.evaluate(WebView::main, renderCall(text, modeName(ui.mode)));
 }
 
@@ -43,7 +54,9 @@ void AppController::pageFinished(WebView view) {
     if (view == WebView::menu) {
         pushMenu();
     } else {
+        ui.shownRender.clear();  // a render sent while the page was loading may have been lost
         pushLive();
+        if (ui.mode != UIMode::home) tick();  // a stage page is filled in as soon as it is there
     }
 }
 

@@ -59,6 +59,9 @@ struct PresentationState {
     /// The page last loaded into the main web view; empty until one was found.
     std::string pageName;
     std::string liveJSON = "{}";
+    /// What the main page was last given to render, without the milliseconds; empty when the
+    /// page must be rendered on the next tick (a new page, or one that just sent an action).
+    std::string shownRender;
     std::int64_t liveCount = 0;
     bool heatItem = false;
     std::optional<TimerId> emergencyRepeatTimer;
@@ -138,6 +141,11 @@ class AppController {
     void presentFirstTick();
     void startTimers();
 
+    // How often the loop ticks.
+    bool needsQuickTicks(const nlohmann::json& view) const;
+    void setTickRate(bool quick);
+    void tickAfterSample();
+
     // Bridge.
     void loadPage(const std::string& name);
     void installUserScripts();
@@ -182,7 +190,10 @@ class AppController {
     Shell& shell_;
     MainLoop& loop_;
     AppServices services_;
+    /// The quarter-second tick, while something needs it; else ticks follow the samples.
     std::optional<TimerId> pollTimer_;
+    /// A calm watchdog's tick when no sample came in.
+    std::optional<TimerId> idleTimer_;
     std::optional<TimerId> liveTimer_;
     std::vector<std::shared_ptr<WatchdogObserver>> observers_;
     /// The thresholds of the latest sample, for the metrics file; with a sampler thread the

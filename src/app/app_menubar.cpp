@@ -66,6 +66,7 @@ void AppController::presentLive(const LiveInputs& inputs) {
     if (ui.heatItem && shell_.popoverShown()) pushMenu();
     reportLive(inputs);
     notifySampled(inputs);
+    tickAfterSample();
 }
 
 void AppController::updateMenuBarItem(const LiveInputs& inputs) {

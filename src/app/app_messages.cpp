@@ -75,6 +75,8 @@ void AppController::handleStageC(const nlohmann::json& body) {
         return;
     }
     runStageC(*action, body);
+    // The page may have changed its own controls ahead of the answer: render it again.
+    ui.shownRender.clear();
     tick();
 }
 

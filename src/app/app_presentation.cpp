@@ -17,6 +17,7 @@ AlertStage AppController::currentStage() const {
 }
 
 void AppController::tick() {
+    if (sampler) sampler->replaceIfHung();
     const auto view = engine->tick(loop_.now());
     const auto nextStage = liveStageOf(view);
     const auto nextMode = pickMode(view, ui.wantSettings);
@@ -24,9 +25,11 @@ void AppController::tick() {
     if (ui.mode != UIMode::home) pushRender(view);
     updateChrome(view);
     reportStatus(view);
-    if (nextStage == ui.liveStage) return;
-    ui.liveStage = nextStage;
-    if (ui.mode == UIMode::home && ui.demoStage == AlertStage::none) handleStageChange(true);
+    if (nextStage != ui.liveStage) {
+        ui.liveStage = nextStage;
+        if (ui.mode == UIMode::home && ui.demoStage == AlertStage::none) handleStageChange(true);
+    }
+    setTickRate(needsQuickTicks(view));
 }
 
 void AppController::enterMode(UIMode next) {

@@ -1,5 +1,8 @@
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+#include <cmath>
+
 #include "actuators/mute_sounder.hpp"
 #include "app/app_controller.hpp"
 #include "app/bridge_scripts.hpp"
@@ -35,7 +38,7 @@ AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop
 }
 
 AppController::~AppController() {
-    for (const auto timer : {pollTimer_, liveTimer_, ui.emergencyRepeatTimer}) {
+    for (const auto timer : {pollTimer_, idleTimer_, liveTimer_, ui.emergencyRepeatTimer}) {
         if (timer) loop_.stop(*timer);
     }
 }
@@ -181,7 +184,14 @@ void AppController::presentFirstTick() {
 }
 
 void AppController::startTimers() {
-    pollTimer_ = loop_.startRepeating(0.25, guarded([](AppController& app) { app.tick(); }));
+    setTickRate(needsQuickTicks(engine->view(loop_.now())));
+    if (sampler) {
+        // The sampler keeps its own time, so that a calm loop wakes once a second, for the
+        // sample, instead of once to ask for it and once more to receive it.
+        sampler->sampleEvery(
+            std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
+        return;
+    }
     sampleLive();
     liveTimer_ = loop_.startRepeating(HeatCollector::interval,
                                       guarded([](AppController& app) { app.sampleLive(); }));

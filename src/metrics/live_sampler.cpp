@@ -1,5 +1,6 @@
 #include "metrics/live_sampler.hpp"
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -8,6 +9,18 @@
 #include "metrics/read_watch.hpp"
 
 namespace velmora {
+
+namespace {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+SteadyTime nextMultiple(SteadyTime now, std::chrono::milliseconds every) {
+    const auto since = now.time_since_epoch();
+    const auto period = std::chrono::duration_cast<std::chrono::steady_clock::duration>(every);
+    return SteadyTime((since / period + 1) * period);
+}
+
+}  // namespace
 
 struct LiveSampler::Worker {
     std::mutex mutex;
@@ -19,8 +32,22 @@ struct LiveSampler::Worker {
     MonoTime busySince;
     bool handOver = false;
     std::optional<LiveDelivery> handedOver;
+    /// Set when the thread keeps its own time.
+    std::optional<std::chrono::milliseconds> every;
     ReadWatch watch;
     std::thread thread;
+
+    /// Waits for a request, or for the thread's own next sample time when it keeps one; returns
+    /// early, with nothing wanted, when it is told to keep its own time.
+    void waitForWork(std::unique_lock<std::mutex>& lock) {
+        const auto asked = [this] { return wanted || stopping; };
+        if (!every) {
+            wake.wait(lock, [&] { return asked() || every.has_value(); });
+            return;
+        }
+        const auto due = nextMultiple(std::chrono::steady_clock::now(), *every);
+        if (!wake.wait_until(lock, due, asked)) wanted = true;
+    }
 };
 
 namespace {
@@ -63,6 +90,7 @@ LiveSampler::~LiveSampler() {
 void LiveSampler::startWorker() {
     auto worker = std::make_shared<Worker>();
     worker->busySince = clock_();
+    worker->every = every_;
     const std::optional<ThermalState> seed = last_ ? std::optional(last_->thermal) : std::nullopt;
     WorkerSetup setup{make_, seed, post_, self_, clock_};
     worker->thread = std::thread([worker, setup = std::move(setup)] {
@@ -73,8 +101,9 @@ void LiveSampler::startWorker() {
         std::unique_lock lock(worker->mutex);
         worker->busy = false;
         for (;;) {
-            worker->wake.wait(lock, [&] { return worker->wanted || worker->stopping; });
+            worker->waitForWork(lock);
             if (worker->stopping) return;
+            if (!worker->wanted) continue;  // told to keep its own time meanwhile
             worker->wanted = false;
             worker->busy = true;
             worker->busySince = setup.clock();
@@ -100,20 +129,36 @@ void LiveSampler::startWorker() {
 }
 
 void LiveSampler::request() {
+    if (replaceIfHung()) return;
+    Worker& worker = *worker_;
+    {
+        std::lock_guard lock(worker.mutex);
+        worker.wanted = true;
+    }
+    worker.wake.notify_one();
+}
+
+bool LiveSampler::replaceIfHung() {
     Worker& worker = *worker_;
     std::unique_lock lock(worker.mutex);
     const MonoTime now = clock_();
     const auto reading = worker.watch.currentFor(now);
     const bool readHangs = reading && *reading > hangAfterSeconds;
-    if (worker.busy && (readHangs || now - worker.busySince > sampleLimitSeconds)) {
-        worker.stopping = true;
-        const std::string path = worker.watch.current();
-        lock.unlock();
-        abandon(worker, path);
-        return;
-    }
-    worker.wanted = true;
+    if (!worker.busy || !(readHangs || now - worker.busySince > sampleLimitSeconds)) return false;
+    worker.stopping = true;
+    const std::string path = worker.watch.current();
     lock.unlock();
+    abandon(worker, path);
+    return true;
+}
+
+void LiveSampler::sampleEvery(std::chrono::milliseconds interval) {
+    every_ = interval;
+    Worker& worker = *worker_;
+    {
+        std::lock_guard lock(worker.mutex);
+        worker.every = interval;
+    }
     worker.wake.notify_one();
 }
 

@@ -53,6 +53,11 @@ class LiveSampler {
 
     /// Asks for the next sample, or replaces a collector whose sample hangs. Loop thread only.
     void request();
+    /// From now on the thread also samples on its own every `interval`, on whole multiples of
+    /// it on the monotonic clock (where the loop's timers fire too). Loop thread only.
+    void sampleEvery(std::chrono::milliseconds interval);
+    /// Replaces a collector whose sample hangs; true when it did. Loop thread only.
+    bool replaceIfHung();
     /// Asks for a sample and waits at most `limit` for it (start-up only); the sample is also
     /// remembered as delivered. Nothing when it did not come in time: it is posted later.
     std::optional<LiveDelivery> awaitFirst(std::chrono::milliseconds limit);
@@ -76,6 +81,7 @@ class LiveSampler {
     LogSink log_;
     Clock clock_;
     std::shared_ptr<Worker> worker_;
+    std::optional<std::chrono::milliseconds> every_;
     std::optional<LiveInputs> last_;
     std::optional<MonoTime> lastAt_;
     int restarts_ = 0;

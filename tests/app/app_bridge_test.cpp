@@ -306,5 +306,37 @@ TEST(PageBridge, LiveDataGoesOnlyToTheIndexPage) {
     }
 }
 
+TEST(PageBridge, ACountdownIsRenderedOncePerWholeSecond) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch({"--force-thermal", "critical", "--mute"});
+    h.loop.advance(0.25);
+    const auto before = h.renders();
+    h.loop.advance(2.0);  // eight ticks, two whole seconds
+    const auto after = h.renders();
+    EXPECT_EQ(after.size() - before.size(), 2U);
+    EXPECT_NE(after.back().find("\"remaining\":8"), std::string::npos);
+}
+
+TEST(PageBridge, AnUnchangedScreenIsNotRenderedAgain) {
+    AppHarness h;
+    h.launch();  // the consent page: nothing on it changes by itself
+    h.loop.advance(0.25);
+    const auto before = h.renders().size();
+    h.loop.advance(5.0);
+    EXPECT_EQ(h.renders().size(), before);
+}
+
+TEST(PageBridge, AFinishedStagePageIsRenderedAtOnce) {
+    AppHarness h;
+    h.launch();
+    h.loop.advance(1.0);
+    const auto before = h.renders();
+    h.app->pageFinished(WebView::main);
+    const auto after = h.renders();
+    ASSERT_EQ(after.size(), before.size() + 1);
+    EXPECT_EQ(after.back(), before.back());
+}
+
 }  // namespace
 }  // namespace velmora::testing

@@ -169,7 +169,7 @@ TEST(AppStartup, MenusAndHeatItemUnlessDisabled) {
     EXPECT_TRUE(without.shell.pagesLoaded(WebView::menu).empty());
 }
 
-TEST(AppStartup, TimersPollFourTimesASecondAndSampleOnceASecond) {
+TEST(AppStartup, ACalmWatchdogSamplesOnceASecondAndTicksWithEachSample) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
@@ -179,8 +179,31 @@ TEST(AppStartup, TimersPollFourTimesASecondAndSampleOnceASecond) {
     h.loop.advance(1.0);
     EXPECT_EQ(app.ui.liveCount, 2);
     EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
-    // Four ticks and one sample each report the status.
+    // The sample and the one tick that follows it each report the status.
+    EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 2);
+}
+
+TEST(AppStartup, ACountdownTicksFourTimesASecond) {
+    AppHarness h;
+    h.recordConsent();
+    auto& app = h.launch({"--force-thermal", "critical", "--mute"});
+    const auto statusesAtStart = h.shell.statuses.size();
+    h.loop.advance(1.0);
+    EXPECT_EQ(app.ui.liveCount, 2);
+    // Four ticks and one sample.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 5);
+}
+
+TEST(AppStartup, TheQuickTicksStopWhenTheCountdownIsCancelled) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch({"--force-thermal", "critical", "--mute"});
+    h.loop.advance(1.0);
+    h.send("stagec", h.withToken("cancel"));
+    h.loop.advance(1.0);  // the page settles at home
+    const auto statusesBefore = h.shell.statuses.size();
+    h.loop.advance(1.0);
+    EXPECT_EQ(h.shell.statuses.size(), statusesBefore + 2);
 }
 
 TEST(AppStartup, QuitLine) {

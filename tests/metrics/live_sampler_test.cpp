@@ -161,5 +161,31 @@ TEST(LiveSampler, ASlowButAnsweringSampleIsNotAbandoned) {
     EXPECT_TRUE(rig.lines.empty());
 }
 
+TEST(LiveSampler, OnItsOwnTimeItSamplesWithoutBeingAsked) {
+    Rig rig;
+    ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
+    rig.sampler->sampleEvery(100ms);
+    ASSERT_TRUE(rig.awaitDelivery());
+    ASSERT_TRUE(rig.awaitDelivery());
+    EXPECT_EQ(rig.sampler->restarts(), 0);
+}
+
+TEST(LiveSampler, OnItsOwnTimeAHungReadIsFoundByTheLoopAndTheNewThreadKeepsTheTime) {
+    Rig rig;
+    ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
+    rig.gate->hangNext = true;
+    rig.sampler->sampleEvery(100ms);  // its next sample hangs in its read
+    std::this_thread::sleep_for(std::chrono::duration<double>(LiveSampler::hangAfterSeconds + 0.5));
+    EXPECT_TRUE(rig.sampler->replaceIfHung());
+    EXPECT_EQ(rig.sampler->restarts(), 1);
+    rig.loop.runAll();
+    const auto before = rig.delivered.size();
+    // Nobody asks again: the fresh thread samples on its own.
+    ASSERT_TRUE(rig.awaitDelivery());
+    ASSERT_TRUE(rig.awaitDelivery());
+    EXPECT_GE(rig.delivered.size(), before + 2);
+    EXPECT_FALSE(rig.sampler->replaceIfHung());
+}
+
 }  // namespace
 }  // namespace velmora
