@@ -10,17 +10,20 @@ namespace {
 /// The countdown's resolution.
 constexpr double quickTickSeconds = 0.25;
 /// How long a calm watchdog waits for a sample before it ticks anyway (and looks whether the
-/// sampler hangs).
-constexpr double idleTickSeconds = 2.0;
+/// sampler hangs): longer than the two seconds between the samples of a watchdog that shows
+/// none, so that the two never wake the loop one after the other.
+constexpr double idleTickSeconds = 3.0;
 
 }  // namespace
 
 bool AppController::needsQuickTicks(const nlohmann::json& view) const {
-    // A countdown and a rehearsal count in quarter seconds. Everything else, on every page,
-    // changes with a sample (or at once, with a page message or a menu command), so a calm
-    // watchdog has something to do only when a sample comes in.
+    // A countdown, a rehearsal and an emergency (whose alarm repeats on time even without a
+    // countdown) count in quarter seconds. Everything else, on every page, changes with a
+    // sample (or at once, with a page message or a menu command), so a calm watchdog has
+    // something to do only when a sample comes in.
     return viewText(view, "state", "idle") == "countdown" || viewFlag(view, "sim") ||
-           ui.demoStage != AlertStage::none || ui.emergencyRepeatTimer.has_value();
+           ui.liveStage == AlertStage::emergency || ui.demoStage != AlertStage::none ||
+           ui.emergencyRepeatTimer.has_value();
 }
 
 void AppController::setTickRate(bool quick) {

@@ -62,6 +62,7 @@ struct PresentationState {
     /// What the main page was last given to render, without the milliseconds; empty when the
     /// page must be rendered on the next tick (a new page, or one that just sent an action).
     std::string shownRender;
+    /// The number of the last sample shown, from 1.
     std::int64_t liveCount = 0;
     bool heatItem = false;
     std::optional<TimerId> emergencyRepeatTimer;
@@ -144,6 +145,8 @@ class AppController {
     // How often the loop ticks.
     bool needsQuickTicks(const nlohmann::json& view) const;
     void setTickRate(bool quick);
+    /// Whether the shell or an outside watcher shows each live sample.
+    bool showsEverySample() const;
     void tickAfterSample();
 
     // Bridge.
@@ -168,7 +171,7 @@ class AppController {
     void reportStatus(const nlohmann::json& view);
     void reportLive(const LiveInputs& inputs);
     void rememberLive(const LiveInputs& inputs);
-    void presentLive(const LiveInputs& inputs);
+    void presentLive(const LiveInputs& inputs, std::uint64_t sequence);
     void receiveLive(const LiveDelivery& delivery);
     void logFirstSample(const std::string& summary, const LiveInputs& first) const;
     void startSampler();

@@ -46,7 +46,7 @@ void AppController::sampleLive() {
         sampler->request();  // the sample comes back through receiveLive
         return;
     }
-    presentLive(live->sample(loop_.wallNow()));
+    presentLive(live->sample(loop_.wallNow()), static_cast<std::uint64_t>(ui.liveCount) + 1);
 }
 
 void AppController::receiveLive(const LiveDelivery& delivery) {
@@ -54,13 +54,16 @@ void AppController::receiveLive(const LiveDelivery& delivery) {
     for (const std::string& notice : delivery.notices)
         log(notice);
     sampledLimits_ = delivery.limits;
-    presentLive(delivery.inputs);
+    presentLive(delivery.inputs, delivery.sequence);
 }
 
-void AppController::presentLive(const LiveInputs& inputs) {
+void AppController::presentLive(const LiveInputs& inputs, std::uint64_t sequence) {
     ui.liveJSON = LiveModel::json(inputs);
-    ui.liveCount += 1;
-    if (ui.liveCount % 10 == 1) log(liveSummaryLine(inputs));
+    // One summary in each ten samples, the first one shown of them: a calm watchdog may not
+    // be shown each sample.
+    const auto previous = static_cast<std::uint64_t>(ui.liveCount);
+    ui.liveCount = static_cast<std::int64_t>(sequence);
+    if (previous == 0 || (sequence - 1) / 10 != (previous - 1) / 10) log(liveSummaryLine(inputs));
     updateMenuBarItem(inputs);
     pushLive();
     if (ui.heatItem && shell_.popoverShown()) pushMenu();

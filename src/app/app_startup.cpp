@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 
@@ -187,14 +188,22 @@ void AppController::startTimers() {
     setTickRate(needsQuickTicks(engine->view(loop_.now())));
     if (sampler) {
         // The sampler keeps its own time, so that a calm loop wakes once a second, for the
-        // sample, instead of once to ask for it and once more to receive it.
+        // sample, instead of once to ask for it and once more to receive it; when nobody
+        // shows each sample, once in two seconds.
         sampler->sampleEvery(
             std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
+        if (!showsEverySample()) sampler->postEvery(2);
         return;
     }
     sampleLive();
     liveTimer_ = loop_.startRepeating(HeatCollector::interval,
                                       guarded([](AppController& app) { app.sampleLive(); }));
+}
+
+bool AppController::showsEverySample() const {
+    return shell_.showsEverySample() ||
+           std::any_of(observers_.begin(), observers_.end(),
+                       [](const auto& observer) { return observer->followsEverySample(); });
 }
 
 void AppController::willTerminate() const {

@@ -10,7 +10,7 @@
 #if defined(__APPLE__)
 #include "app/cocoa/cocoa_run.hpp"
 #else
-#include "app/gtk/desktop_run.hpp"
+#include "app/desktop_module.hpp"
 #include "app/headless/headless_run.hpp"
 #endif
 #include "app/launch_options.hpp"
@@ -89,13 +89,13 @@ int main(int argc, char** argv) {
     auto macParts = makePlatformParts(*opts, env, {});
     return runCocoa(std::move(*opts), std::move(macParts));
 #else
-    const auto resources = resourceDirectory(runningExecutable());
+    const auto executable = runningExecutable();
+    const auto resources = resourceDirectory(executable);
     if (pickShell(*opts, env) == ShellKind::desktop) {
-        if (openDesktopDisplay()) {
-            auto parts = makePlatformParts(*opts, env, resources);
-            return runDesktop(std::move(*opts), std::move(parts), resources);
-        }
-        std::fprintf(stderr, "%s: cannot open the display; running headless\n", programName);
+        const auto desktop = runDesktopModule(*opts, env, resources, executable);
+        if (const auto* status = std::get_if<int>(&desktop)) return *status;
+        std::fprintf(stderr, "%s: %s; running headless\n", programName,
+                     std::get<DesktopUnavailable>(desktop).reason.c_str());
     }
     auto parts = makePlatformParts(*opts, env, resources);
     return runHeadless(std::move(*opts), std::move(parts));

@@ -111,6 +111,9 @@ class Shell {
     /// The watchdog's state after every tick and live sample, for shells that show it
     /// themselves (a terminal status line); the others ignore it.
     virtual void statusChanged(const StatusReport& /*report*/) {}
+    /// Whether the shell shows every live sample (pages, a status line); a shell that shows
+    /// none lets a calm watchdog hear of only some of them.
+    virtual bool showsEverySample() const { return true; }
 };
 
 }  // namespace velmora

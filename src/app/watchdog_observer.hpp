@@ -24,6 +24,8 @@ class WatchdogObserver {
     virtual void sampled(const LiveInputs& /*inputs*/, Timestamp /*now*/) {}
     /// Each time the shutdown mechanism is asked to power the machine off.
     virtual void shutdownRequested() {}
+    /// Whether it must see every live sample (a file written after each one).
+    virtual bool followsEverySample() const { return true; }
 };
 
 }  // namespace velmora

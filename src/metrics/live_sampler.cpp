@@ -1,5 +1,6 @@
 #include "metrics/live_sampler.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -34,6 +35,19 @@ struct LiveSampler::Worker {
     std::optional<LiveDelivery> handedOver;
     /// Set when the thread keeps its own time.
     std::optional<std::chrono::milliseconds> every;
+    int postEvery = 1;
+    std::optional<ThermalState> lastPosted;
+
+    /// Whether a finished sample goes to the loop now; the others are dropped.
+    bool worthPosting(const LiveDelivery& delivery) {
+        const bool changed = lastPosted != delivery.inputs.thermal;
+        if (!changed && delivery.summary.empty() && delivery.notices.empty() &&
+            delivery.sequence % static_cast<std::uint64_t>(std::max(1, postEvery)) != 0) {
+            return false;
+        }
+        lastPosted = delivery.inputs.thermal;
+        return true;
+    }
     ReadWatch watch;
     std::thread thread;
 
@@ -58,6 +72,7 @@ struct WorkerSetup {
     Post post;
     std::weak_ptr<LiveSampler*> owner;
     LiveSampler::Clock clock;
+    std::shared_ptr<std::atomic<std::uint64_t>> sequence;
 };
 
 }  // namespace
@@ -92,7 +107,8 @@ void LiveSampler::startWorker() {
     worker->busySince = clock_();
     worker->every = every_;
     const std::optional<ThermalState> seed = last_ ? std::optional(last_->thermal) : std::nullopt;
-    WorkerSetup setup{make_, seed, post_, self_, clock_};
+    worker->postEvery = postEvery_;
+    WorkerSetup setup{make_, seed, post_, self_, clock_, sequence_};
     worker->thread = std::thread([worker, setup = std::move(setup)] {
         ReadWatch::bind(&worker->watch);
         auto collector = setup.make();
@@ -109,20 +125,26 @@ void LiveSampler::startWorker() {
             worker->busySince = setup.clock();
             lock.unlock();
             LiveDelivery delivery{collector->sample(Timestamp::now()), std::move(summary),
-                                  collector->takeNotices(), collector->thermalLimits()};
+                                  collector->takeNotices(), collector->thermalLimits(),
+                                  ++*setup.sequence};
             summary.clear();
             lock.lock();
             worker->busy = false;
             if (worker->stopping) return;
             if (worker->handOver) {
                 worker->handOver = false;
+                worker->lastPosted = delivery.inputs.thermal;
                 worker->handedOver = std::move(delivery);
                 worker->handed.notify_all();
                 continue;
             }
+            if (!worker->worthPosting(delivery)) continue;
+            // Posted without the lock, so that the loop, woken by it, does not wait for it.
+            lock.unlock();
             setup.post([owner = setup.owner, delivery = std::move(delivery)] {
                 if (const auto self = owner.lock()) (*self)->received(delivery);
             });
+            lock.lock();
         }
     });
     worker_ = std::move(worker);
@@ -150,6 +172,12 @@ bool LiveSampler::replaceIfHung() {
     lock.unlock();
     abandon(worker, path);
     return true;
+}
+
+void LiveSampler::postEvery(int samples) {
+    postEvery_ = samples;
+    std::lock_guard lock(worker_->mutex);
+    worker_->postEvery = samples;
 }
 
 void LiveSampler::sampleEvery(std::chrono::milliseconds interval) {

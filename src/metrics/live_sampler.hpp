@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,6 +26,8 @@ struct LiveDelivery {
     std::vector<std::string> notices;
     /// The thresholds behind the sample's thermal state, read on the sampler's thread.
     std::vector<ThermalLimit> limits;
+    /// The sample's number since the sampler started, from 1, counting samples not posted.
+    std::uint64_t sequence = 0;
 };
 
 /// Runs the collector on a thread of its own so that no read, discovery or rediscovery ever
@@ -58,6 +62,10 @@ class LiveSampler {
     void sampleEvery(std::chrono::milliseconds interval);
     /// Replaces a collector whose sample hangs; true when it did. Loop thread only.
     bool replaceIfHung();
+    /// From now on a sample is posted only when its number is a multiple of `samples`, unless
+    /// its thermal state differs from the last posted one or it has notices: a loop with
+    /// nothing to show each second wakes less often, and a change still arrives at once.
+    void postEvery(int samples);
     /// Asks for a sample and waits at most `limit` for it (start-up only); the sample is also
     /// remembered as delivered. Nothing when it did not come in time: it is posted later.
     std::optional<LiveDelivery> awaitFirst(std::chrono::milliseconds limit);
@@ -82,6 +90,9 @@ class LiveSampler {
     Clock clock_;
     std::shared_ptr<Worker> worker_;
     std::optional<std::chrono::milliseconds> every_;
+    int postEvery_ = 1;
+    std::shared_ptr<std::atomic<std::uint64_t>> sequence_ =
+        std::make_shared<std::atomic<std::uint64_t>>(0);
     std::optional<LiveInputs> last_;
     std::optional<MonoTime> lastAt_;
     int restarts_ = 0;

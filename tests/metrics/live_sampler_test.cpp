@@ -23,6 +23,7 @@ struct Gate {
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> built{0};
     std::atomic<int> assumedCritical{0};
+    std::atomic<ThermalState> thermal{ThermalState::critical};
 };
 
 class HangingBackend final : public MetricsBackend {
@@ -35,7 +36,7 @@ class HangingBackend final : public MetricsBackend {
             gate_->released.wait();
         }
         LiveInputs in;
-        in.thermal = ThermalState::critical;
+        in.thermal = gate_->thermal;
         return in;
     }
     std::string sensorSummary() override { return "fake sensors"; }
@@ -185,6 +186,31 @@ TEST(LiveSampler, OnItsOwnTimeAHungReadIsFoundByTheLoopAndTheNewThreadKeepsTheTi
     ASSERT_TRUE(rig.awaitDelivery());
     EXPECT_GE(rig.delivered.size(), before + 2);
     EXPECT_FALSE(rig.sampler->replaceIfHung());
+}
+
+TEST(LiveSampler, AQuietSamplerPostsOnlyEveryNthSample) {
+    Rig rig;
+    ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
+    rig.sampler->postEvery(3);
+    rig.sampler->sampleEvery(20ms);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(rig.awaitDelivery());
+    for (const auto& delivery : rig.delivered)
+        EXPECT_EQ(delivery.sequence % 3, 0U) << delivery.sequence;
+    EXPECT_EQ(rig.delivered[1].sequence - rig.delivered[0].sequence, 3U);
+}
+
+TEST(LiveSampler, AQuietSamplerPostsAChangeOfTheThermalStateAtOnce) {
+    Rig rig;
+    ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
+    rig.sampler->postEvery(1000000);
+    rig.sampler->sampleEvery(20ms);
+    std::this_thread::sleep_for(200ms);
+    EXPECT_EQ(rig.loop.runAll(), 0);  // nothing changed, nothing posted
+    rig.gate->thermal = ThermalState::nominal;
+    ASSERT_TRUE(rig.awaitDelivery());
+    EXPECT_EQ(rig.delivered.back().inputs.thermal, ThermalState::nominal);
+    EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now()), ThermalState::nominal);
 }
 
 }  // namespace

@@ -66,6 +66,9 @@ for file in lib/systemd/system/velmora-heat-monitor.service \
     share/doc/velmora-heat-monitor/examples/50-velmora-heat-monitor.rules; do
   [[ -f "$usr/$file" ]] || fail "no $file"
 done
+# The window is a module beside the libraries, loaded only when there is a display.
+[[ -n "$(find "$usr/lib" -path '*/velmora-heat-monitor/velmora-heat-monitor-desktop.so')" ]] ||
+  fail "no desktop module"
 
 # The installed program, run from the root, reads its resources there and nowhere else.
 home="$work/home"

@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <cstdint>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -18,9 +22,11 @@ struct Work {
     std::function<void()> run;
 };
 
-gboolean runPost(gpointer data) {
-    static_cast<Work*>(data)->run();
-    return G_SOURCE_REMOVE;
+gboolean runInbox(gint fd, GIOCondition /*condition*/, gpointer data) {
+    std::uint64_t count = 0;
+    static_cast<void>(read(fd, &count, sizeof count));  // resets the counter
+    static_cast<GlibMainLoop*>(data)->runPosted();
+    return G_SOURCE_CONTINUE;
 }
 
 gboolean runTimer(gpointer data) {
@@ -80,7 +86,10 @@ guint milliseconds(double seconds) {
 }  // namespace
 
 GlibMainLoop::GlibMainLoop()
-    : context_(g_main_context_default()), loop_(g_main_loop_new(context_, FALSE)) {
+    : context_(g_main_context_default()),
+      loop_(g_main_loop_new(context_, FALSE)),
+      inboxFd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    inboxSource_ = g_unix_fd_add(inboxFd_, G_IO_IN, runInbox, this);
     gate_->loop = this;
 }
 
@@ -95,15 +104,31 @@ GlibMainLoop::~GlibMainLoop() {
     }
     for (const auto source : signalSources_)
         g_source_remove(source);
+    g_source_remove(inboxSource_);
+    close(inboxFd_);
     g_main_loop_unref(loop_);
 }
 
 void GlibMainLoop::post(std::function<void()> work) {
-    GSource* source = g_idle_source_new();
-    g_source_set_priority(source, G_PRIORITY_DEFAULT);
-    g_source_set_callback(source, runPost, new Work{this, 0, false, std::move(work)}, deleteWork);
-    g_source_attach(source, context_);
-    g_source_unref(source);
+    bool wasEmpty = false;
+    {
+        std::lock_guard lock(inboxMutex_);
+        wasEmpty = inbox_.empty();
+        inbox_.push_back(std::move(work));
+    }
+    if (!wasEmpty) return;  // the loop was told already and has not read the inbox yet
+    const std::uint64_t one = 1;
+    static_cast<void>(write(inboxFd_, &one, sizeof one));
+}
+
+void GlibMainLoop::runPosted() {
+    std::deque<std::function<void()>> due;
+    {
+        std::lock_guard lock(inboxMutex_);
+        due.swap(inbox_);
+    }
+    for (auto& work : due)
+        work();
 }
 
 Post GlibMainLoop::poster() {

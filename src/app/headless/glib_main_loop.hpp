@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,8 +13,9 @@
 
 namespace velmora {
 
-/// The main loop over GLib's default context: posts are idle sources, timers are timeout
-/// sources. `post` may be called from any thread; everything else from the loop's own.
+/// The main loop over GLib's default context: timers are timeout sources; posts go through an
+/// inbox of the loop's own, read when its eventfd says so. `post` may be called from any
+/// thread; everything else from the loop's own.
 class GlibMainLoop final : public MainLoop {
   public:
     GlibMainLoop();
@@ -43,6 +46,9 @@ class GlibMainLoop final : public MainLoop {
     /// Drops a one-shot timer that has fired; called by its own source.
     void forget(TimerId id);
 
+    /// Runs what was posted; called by the inbox's source.
+    void runPosted();
+
   private:
     TimerId addTimeout(double seconds, bool repeating, std::function<void()> work);
 
@@ -51,6 +57,14 @@ class GlibMainLoop final : public MainLoop {
     TimerId nextId_ = 0;
     std::map<TimerId, GSource*> timers_;
     std::vector<unsigned> signalSources_;
+
+    // A post from another thread only writes the eventfd after it let go of the inbox: a
+    // GLib idle source would wake the loop while still holding the context's lock, and the
+    // loop would wake a second time to take it.
+    std::mutex inboxMutex_;
+    std::deque<std::function<void()>> inbox_;
+    int inboxFd_ = -1;
+    unsigned inboxSource_ = 0;
 
     struct Gate {
         std::mutex mutex;

@@ -65,6 +65,10 @@ class HeadlessShell final : public Shell {
 
     std::FILE* out_;
     bool interactive_;
+
+  public:
+    /// Only a terminal's status line shows each sample.
+    bool showsEverySample() const override { return interactive_; }
     std::shared_ptr<Sounder> cues_;
     std::function<void()> quit_;
     std::string title_;

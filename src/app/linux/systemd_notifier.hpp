@@ -27,6 +27,8 @@ class SystemdNotifier final : public WatchdogObserver {
 
     void ticked(const nlohmann::json& view) override;
     void sampled(const LiveInputs& inputs, Timestamp now) override;
+    /// Its status line and keep-alive need a sample now and then, not each one.
+    bool followsEverySample() const override { return false; }
 
   private:
     std::optional<std::chrono::microseconds> watchdogInterval_;
