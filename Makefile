@@ -2,9 +2,9 @@
 BUILD    ?= build
 SANITIZE ?= OFF
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
-# Where `make install` puts things. /usr, as a distribution package would, because the Linux
-# texts point at the polkit rule example under /usr/share/doc. DESTDIR stages the whole tree
-# under another root (for packaging); `make uninstall` removes what the last install put down.
+# Where `make install` puts things: /usr, as a distribution package would (the Linux texts point
+# at the polkit rule example under this prefix). DESTDIR stages the whole tree under another
+# root (for packaging); `make uninstall` removes what the last install put down.
 PREFIX   ?= /usr
 DESTDIR  ?=
 EXE       = $(BUILD)/velmora-heat-monitor
