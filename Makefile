@@ -2,9 +2,9 @@
 BUILD    ?= build
 SANITIZE ?= OFF
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
-# Where `make install` puts things. /usr, as a distribution package would, because the Linux
-# texts point at the polkit rule example under /usr/share/doc. DESTDIR stages the whole tree
-# under another root (for packaging); `make uninstall` removes what the last install put down.
+# Where `make install` puts things: /usr, as a distribution package would (the Linux texts point
+# at the polkit rule example under this prefix). DESTDIR stages the whole tree under another
+# root (for packaging); `make uninstall` removes what the last install put down.
 PREFIX   ?= /usr
 DESTDIR  ?=
 EXE       = $(BUILD)/velmora-heat-monitor
@@ -12,7 +12,7 @@ EXE       = $(BUILD)/velmora-heat-monitor
 FUZZ_SECONDS ?= 30
 FUZZ_BUILD   ?= build-fuzz
 
-.PHONY: deps configure build test run install uninstall bench fuzz format tidy clean
+.PHONY: deps configure build test run install uninstall bench fuzz format format-check tidy clean
 
 deps:
 	@scripts/install-deps
@@ -59,11 +59,16 @@ fuzz:
 	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target velmora_fuzzers
 	scripts/run-fuzzers $(FUZZ_BUILD) $(FUZZ_SECONDS)
 
+# The same checks CI runs: `make format-check` and `make tidy` fail on any finding; `make format`
+# rewrites the files in place.
 format:
-	find src tests bench fuzz -name '*.cpp' -o -name '*.hpp' -o -name '*.mm' | xargs clang-format -i
+	scripts/format
+
+format-check:
+	scripts/format --check
 
 tidy: configure
-	find src -name '*.cpp' ! -name '*_apple.cpp' | xargs clang-tidy -p $(BUILD) --quiet
+	JOBS=$(JOBS) scripts/tidy $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(BUILD)-bench $(BUILD)-asan $(FUZZ_BUILD)

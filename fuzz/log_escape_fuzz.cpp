@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-#include "actuators/utf8.hpp"
 #include "fuzz_support.hpp"
+#include "os/utf8.hpp"
 #include "store/log_escape.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "actuators/classify_osascript.hpp"
-#include "actuators/utf8.hpp"
 #include "fuzz_support.hpp"
+#include "os/utf8.hpp"
 
 namespace {
 

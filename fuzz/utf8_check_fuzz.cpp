@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "actuators/utf8.hpp"
 #include "fuzz_support.hpp"
+#include "os/utf8.hpp"
 #include "utf8_reference.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -11,8 +11,8 @@
 #include <system_error>
 
 #include "actuators/child_watch.hpp"
-#include "actuators/utf8.hpp"
 #include "os/unique_fd.hpp"
+#include "os/utf8.hpp"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): not declared on every OS
 

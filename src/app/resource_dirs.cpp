@@ -41,7 +41,7 @@ std::filesystem::path iconSearchPath(const std::filesystem::path& resources) {
     if (std::filesystem::is_directory(resources / "icons" / "hicolor", error)) {
         return resources / "icons";
     }
-    const auto shared = (resources / ".." / "icons").lexically_normal();
+    auto shared = (resources / ".." / "icons").lexically_normal();
     if (std::filesystem::is_directory(shared / "hicolor", error)) return shared;
     return {};
 }

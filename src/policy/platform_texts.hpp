@@ -2,6 +2,12 @@
 
 #include <string_view>
 
+// The build names the polkit rule example's installed place once, for these texts, the service
+// unit and the install rule.
+#ifndef VELMORA_RULES_EXAMPLE
+#error "VELMORA_RULES_EXAMPLE (the polkit rule example's installed path) comes from the build"
+#endif
+
 namespace velmora {
 
 // Not "linux": with GNU extensions that word is a predefined macro.
@@ -75,8 +81,7 @@ inline constexpr PlatformTexts linuxTexts{
     .permissionMessage =
         "Allow Velmora Heat Monitor to power off this computer (polkit action "
         "org.freedesktop.login1.power-off), or auto-shutdown cannot run.",
-    .automationPaneURL =
-        "file:///usr/share/doc/velmora-heat-monitor/examples/50-velmora-heat-monitor.rules",
+    .automationPaneURL = "file://" VELMORA_RULES_EXAMPLE,
     .openingPermissionSettingsLog = "ui: opening the polkit power-off rule example",
     .probeScript = "org.freedesktop.login1.Manager.CanPowerOff",
     .shutdownScript = "org.freedesktop.login1.Manager.PowerOff(false)",

@@ -1,5 +1,7 @@
 #include "store/log_escape.hpp"
 
+#include "os/utf8.hpp"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -44,34 +46,6 @@ void appendAscii(std::string& out, unsigned char byte) {
     }
 }
 
-struct SequenceStart {
-    std::size_t length = 0;
-    std::uint32_t bits = 0;     // the lead byte's share of the code point
-    std::uint32_t minimum = 0;  // smaller code points in this length would be overlong
-};
-
-SequenceStart startOf(unsigned char lead) {
-    if (lead >= 0xC2 && lead <= 0xDF) return {2, lead & 0x1FU, 0x80};
-    if (lead >= 0xE0 && lead <= 0xEF) return {3, lead & 0x0FU, 0x800};
-    if (lead >= 0xF0 && lead <= 0xF4) return {4, lead & 0x07U, 0x10000};
-    return {};
-}
-
-// Length of the well-formed UTF-8 sequence at the front of `text` and its code point; 0 when
-// the bytes there are not one (overlong, surrogate, past U+10FFFF, cut short).
-std::size_t sequenceAt(std::string_view text, std::uint32_t& code) {
-    const auto start = startOf(static_cast<unsigned char>(text[0]));
-    if (start.length == 0 || text.size() < start.length) return 0;
-    code = start.bits;
-    for (std::size_t i = 1; i < start.length; ++i) {
-        const auto next = static_cast<unsigned char>(text[i]);
-        if ((next & 0xC0U) != 0x80U) return 0;
-        code = (code << 6U) | (next & 0x3FU);
-    }
-    if (code < start.minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
-    return start.length;
-}
-
 bool breaksTheLine(std::uint32_t code) {
     return (code >= 0x80 && code <= 0x9F) || code == 0x2028 || code == 0x2029;
 }
@@ -88,18 +62,17 @@ std::string escapeForLog(std::string_view text) {
             text.remove_prefix(1);
             continue;
         }
-        std::uint32_t code = 0;
-        const std::size_t length = sequenceAt(text, code);
-        if (length == 0) {
+        const auto sequence = utf8SequenceAt(text);
+        if (!sequence) {
             appendHexByte(out, byte);
             text.remove_prefix(1);
         } else {
-            if (breaksTheLine(code)) {
-                appendCodePoint(out, code);
+            if (breaksTheLine(sequence->codePoint)) {
+                appendCodePoint(out, sequence->codePoint);
             } else {
-                out.append(text.substr(0, length));
+                out.append(text.substr(0, sequence->length));
             }
-            text.remove_prefix(length);
+            text.remove_prefix(sequence->length);
         }
     }
     return out;

@@ -12,7 +12,7 @@
 #include "actuators/manual_queue.hpp"
 #include "actuators/script_runner.hpp"
 #include "actuators/standins.hpp"
-#include "actuators/temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {

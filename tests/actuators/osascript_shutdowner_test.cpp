@@ -18,7 +18,7 @@
 #include "actuators/log_recorder.hpp"
 #include "actuators/manual_queue.hpp"
 #include "actuators/standins.hpp"
-#include "actuators/temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {

@@ -12,7 +12,7 @@
 
 #include "actuators/dry_run_shutdowner.hpp"
 #include "actuators/standins.hpp"
-#include "actuators/temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {

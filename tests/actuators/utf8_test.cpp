@@ -1,4 +1,4 @@
-#include "actuators/utf8.hpp"
+#include "os/utf8.hpp"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +29,26 @@ TEST(Utf8, RejectsOverlongFormsSurrogatesAndValuesPastTheLastCodePoint) {
 TEST(Utf8, UndecodableBytesBecomeAnEmptyText) {
     EXPECT_EQ(utf8OrEmpty("caf\xC3\xA9"), "caf\xC3\xA9");
     EXPECT_EQ(utf8OrEmpty("caf\xE9"), "");
+}
+
+TEST(Utf8, SequenceAtTheFrontGivesItsLengthAndCodePoint) {
+    const auto euro = utf8SequenceAt("\xE2\x82\xAC and more");
+    ASSERT_TRUE(euro.has_value());
+    EXPECT_EQ(euro->length, 3U);
+    EXPECT_EQ(euro->codePoint, 0x20ACU);
+    const auto clef = utf8SequenceAt("\xF0\x9D\x84\x9E");
+    ASSERT_TRUE(clef.has_value());
+    EXPECT_EQ(clef->length, 4U);
+    EXPECT_EQ(clef->codePoint, 0x1D11EU);
+    EXPECT_EQ(utf8SequenceAt("A")->codePoint, 0x41U);
+}
+
+TEST(Utf8, NoSequenceAtAnEmptyOrBrokenFront) {
+    EXPECT_FALSE(utf8SequenceAt("").has_value());
+    EXPECT_FALSE(utf8SequenceAt("\x80 stray continuation").has_value());
+    EXPECT_FALSE(utf8SequenceAt("\xE2\x82").has_value());      // cut short
+    EXPECT_FALSE(utf8SequenceAt("\xC0\xAF").has_value());      // overlong
+    EXPECT_FALSE(utf8SequenceAt("\xED\xA0\x80").has_value());  // surrogate
 }
 
 }  // namespace

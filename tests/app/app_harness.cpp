@@ -67,20 +67,11 @@ void RecordingShutdowner::probe(ProbeCompletion completion) {
     completion(probeAnswer);
 }
 
-AppHarness::AppHarness() {
-    // Unique per harness: a test may build two, and test processes may run side by side.
-    static int made = 0;
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir = std::filesystem::temp_directory_path() / "velmora-app-tests" /
-          (std::string(info->test_suite_name()) + "." + info->name() + "." +
-           std::to_string(getpid()) + "." + std::to_string(++made));
-    std::filesystem::remove_all(dir);
-    std::filesystem::create_directories(dir);
-}
+AppHarness::AppHarness() = default;
 
+// The controller goes first: it still writes into the directory as it stops.
 AppHarness::~AppHarness() {
     app.reset();
-    std::filesystem::remove_all(dir);
 }
 
 AppController& AppHarness::build(std::vector<std::string> args, const PlatformEnvironment& env) {

@@ -10,6 +10,7 @@
 #include "app/fake_shell.hpp"
 #include "app/file_preferences.hpp"
 #include "app/manual_loop.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora::testing {
 
@@ -72,7 +73,8 @@ class AppHarness {
 
     FakeShell shell;
     ManualLoop loop;
-    std::filesystem::path dir;
+    TempDir tmp{"app"};
+    std::filesystem::path dir = tmp.path();
     std::shared_ptr<ScriptedReadings> readings = std::make_shared<ScriptedReadings>();
     std::shared_ptr<RecordingShutdowner> realShutdowner = std::make_shared<RecordingShutdowner>();
     std::shared_ptr<RecordingSounder> systemSounder = std::make_shared<RecordingSounder>();

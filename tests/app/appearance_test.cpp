@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "app/file_preferences.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
@@ -46,15 +47,9 @@ TEST(AppearancePref, KeyIsTheIdentifierWithItsSuffix) {
 
 class FilePreferencesTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        dir =
-            std::filesystem::temp_directory_path() /
-            ("velmora-prefs-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(dir);
-    }
-    void TearDown() override { std::filesystem::remove_all(dir); }
-    std::filesystem::path dir;
+    testing::TempDir tmp{"prefs"};
+    // Not made yet: the preferences make their own folder.
+    std::filesystem::path dir = tmp / "prefs";
 };
 
 TEST_F(FilePreferencesTest, SavedAppearanceLoadsAgain) {

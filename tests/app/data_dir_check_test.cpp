@@ -6,6 +6,8 @@
 
 #include <fstream>
 
+#include "support/temp_dir.hpp"
+
 namespace velmora {
 namespace {
 
@@ -13,16 +15,8 @@ namespace fs = std::filesystem;
 
 class PrepareDataDir : public ::testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "velmora-datadir-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(root, ignored);
-    }
-    fs::path root;
+    testing::TempDir tmp{"datadir"};
+    fs::path root = tmp.path();
 };
 
 TEST_F(PrepareDataDir, MissingDirectoryIsCreatedPrivate) {

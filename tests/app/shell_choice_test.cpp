@@ -5,6 +5,7 @@
 #include "app/data_dir_check.hpp"
 #include "app/resource_dirs.hpp"
 #include "app/usage.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
@@ -26,10 +27,9 @@ TEST(ResourceDirs, InstalledLayoutWhenNoResourcesBesideTheExecutable) {
 }
 
 TEST(ResourceDirs, BuildTreeLayout) {
-    const auto dir = std::filesystem::temp_directory_path() / "velmora-resource-dirs";
+    const testing::TempDir dir("resource-dirs");
     std::filesystem::create_directories(dir / "resources");
     EXPECT_EQ(resourceDirectory(dir / "velmora-heat-monitor"), dir / "resources");
-    std::filesystem::remove_all(dir);
 }
 
 TEST(Usage, NamesEverySwitch) {

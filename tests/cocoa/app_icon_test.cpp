@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "app/cocoa/icon/app_icon.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
@@ -73,9 +74,7 @@ TEST(AppIcon, TheIconSetHasTheTenPicturesTheMacExpects) {
 }
 
 TEST(AppIcon, WritesEveryPictureOfTheSetAsAPngFile) {
-    const auto dir =
-        std::filesystem::temp_directory_path() / ("velmora-iconset-" + std::to_string(::getpid()));
-    std::filesystem::remove_all(dir);
+    const testing::TempDir dir("iconset");
     ASSERT_FALSE(writeIconSet(dir / "AppIcon.iconset").has_value());
     for (const auto& entry : iconSetEntries()) {
         const auto file = dir / "AppIcon.iconset" / entry.fileName;
@@ -85,7 +84,6 @@ TEST(AppIcon, WritesEveryPictureOfTheSetAsAPngFile) {
         in.read(magic, 4);
         EXPECT_EQ(std::string(magic + 1, 3), "PNG") << entry.fileName;
     }
-    std::filesystem::remove_all(dir);
 }
 
 TEST(AppIcon, ReportsAFolderThatCannotBeMade) {

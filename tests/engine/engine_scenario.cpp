@@ -23,25 +23,12 @@ void writeText(const std::filesystem::path& path, const std::string& text) {
     out << text;
 }
 
-// The marker is flushed to the device on every shutdown call; on a memory file system that
-// costs nothing, on a disk it costs milliseconds per scenario.
-std::filesystem::path scratchRoot() {
+}  // namespace
+
+std::filesystem::path EngineScenario::scratchRoot() {
     std::error_code ignored;
     if (std::filesystem::is_directory("/dev/shm", ignored)) return "/dev/shm";
     return std::filesystem::temp_directory_path();
-}
-
-}  // namespace
-
-TempDir::TempDir() {
-    std::string pattern = scratchRoot() / "velmora-engine-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
-
-TempDir::~TempDir() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
 }
 
 void EngineScenario::start(double seconds) {

@@ -11,21 +11,9 @@
 #include "engine/engine.hpp"
 #include "engine/engine_fakes.hpp"
 #include "policy/platform_texts.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora::testing {
-
-/// A fresh directory under the system's temporary folder, removed with everything in it.
-class TempDir {
-  public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// Drives one engine tick by tick in virtual time over real stores in a temporary directory,
 /// with a scripted sensor and shutdowner, a recording sounder and the log kept as lines.
@@ -71,7 +59,11 @@ class EngineScenario : public ::testing::Test {
     static std::string stateLine(const std::string& from, const std::string& to,
                                  const std::string& details);
 
-    TempDir tmp;
+    /// The marker is flushed to the device on every shutdown call: on a memory file system
+    /// that costs nothing, on a disk milliseconds per scenario.
+    static std::filesystem::path scratchRoot();
+
+    TempDir tmp{"engine", scratchRoot()};
     std::filesystem::path dataDir = tmp.path();
     /// Where the marker goes when not in `dataDir`.
     std::filesystem::path markerDir;

@@ -14,6 +14,7 @@
 #include "app/launch_options.hpp"
 #include "app/platform_services.hpp"
 #include "gui/desktop_driver.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora::testing {
 
@@ -23,8 +24,6 @@ class DesktopCase : public ::testing::Test {
   protected:
     void SetUp() override {
         if (!openDesktopDisplay()) GTEST_SKIP() << "no display: run under xvfb-run";
-        char pattern[] = "/tmp/velmora-gui.XXXXXX";
-        dir = mkdtemp(pattern);
         data = dir / "data";
         setenv("HOME", dir.c_str(), 1);
         setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
@@ -33,8 +32,6 @@ class DesktopCase : public ::testing::Test {
 
     void TearDown() override {
         if (HasFailure()) std::fprintf(stderr, "---- heat.log\n%s", dataFile("heat.log").c_str());
-        std::error_code ignored;
-        if (!dir.empty()) std::filesystem::remove_all(dir, ignored);
     }
 
     static std::filesystem::path fixture(const std::string& machine) {
@@ -68,7 +65,8 @@ class DesktopCase : public ::testing::Test {
         return std::string(std::istreambuf_iterator<char>(in), {});
     }
 
-    std::filesystem::path dir;
+    TempDir tmp{"gui"};
+    std::filesystem::path dir = tmp.path();
     std::filesystem::path data;
     /// The pages and sounds the run uses: the build's own unless a test changes them.
     std::filesystem::path resources{VELMORA_TEST_RESOURCES};

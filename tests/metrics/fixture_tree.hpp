@@ -5,6 +5,8 @@
 #include <fstream>
 #include <string>
 
+#include "support/temp_dir.hpp"
+
 namespace velmora::testing {
 
 /// The checked-in fixture trees of tests/fixtures/linux.
@@ -20,9 +22,6 @@ inline std::filesystem::path fixtureSource(const std::string& machine) {
 class FixtureTree {
   public:
     explicit FixtureTree(const std::string& machine) {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "velmora-fixture-XXXXXX").string();
-        root_ = ::mkdtemp(pattern.data());
         if (machine.empty()) return;
         const auto source = fixtureSource(machine);
         for (const auto& entry : std::filesystem::directory_iterator(source)) {
@@ -33,10 +32,6 @@ class FixtureTree {
                                       std::filesystem::copy_options::copy_symlinks);
         }
         next_ = source / "next";
-    }
-    ~FixtureTree() {
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
     }
     FixtureTree(const FixtureTree&) = delete;
     FixtureTree& operator=(const FixtureTree&) = delete;
@@ -71,7 +66,8 @@ class FixtureTree {
     }
 
   private:
-    std::filesystem::path root_;
+    TempDir tmp_{"fixture"};
+    std::filesystem::path root_ = tmp_.path();
     std::filesystem::path next_;
 };
 

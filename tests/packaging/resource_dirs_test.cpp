@@ -1,29 +1,23 @@
 #include "app/resource_dirs.hpp"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <fstream>
+
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
 
 class ResourceDirs : public ::testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "velmora-res-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(root); }
-
     void touch(const std::filesystem::path& file) {
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file) << "x";
     }
 
-    std::filesystem::path root;
+    testing::TempDir tmp{"res"};
+    std::filesystem::path root = tmp.path();
 };
 
 TEST_F(ResourceDirs, ABuildTreeUsesTheResourcesBesideTheExecutable) {

@@ -41,7 +41,7 @@ TEST(Autostart, ExecArgumentsAreQuotedOnlyWhenNeeded) {
 }
 
 TEST(Autostart, EnableWritesAnEntryAndDisableRemovesIt) {
-    TempFolder temp;
+    TempDir temp{"tray"};
     const auto entry = temp.path() / "config" / "autostart" / "org.velmora.heat-monitor.desktop";
     EXPECT_FALSE(autostartEnabled(entry));
     ASSERT_EQ(enableAutostart(entry, "/opt/velmora/bin/velmora-heat-monitor"), std::nullopt);
@@ -58,7 +58,7 @@ TEST(Autostart, EnableWritesAnEntryAndDisableRemovesIt) {
 }
 
 TEST(Autostart, AnEntrySwitchedOffBySettingsCountsAsOff) {
-    TempFolder temp;
+    TempDir temp{"tray"};
     const auto entry = temp.path() / "org.velmora.heat-monitor.desktop";
     std::ofstream(entry) << "[Desktop Entry]\nType=Application\nExec=x\nHidden=true\n";
     EXPECT_FALSE(autostartEnabled(entry));
@@ -70,7 +70,7 @@ TEST(Autostart, AnEntrySwitchedOffBySettingsCountsAsOff) {
 
 TEST(Autostart, AnUnwritableFolderGivesAClearMessage) {
     if (::geteuid() == 0) GTEST_SKIP() << "root writes into read-only folders";
-    TempFolder temp;
+    TempDir temp{"tray"};
     const auto folder = temp.path() / "autostart";
     std::filesystem::create_directories(folder);
     ::chmod(folder.c_str(), 0500);
@@ -85,7 +85,7 @@ TEST(Autostart, TheEntryPassesTheDesktopFileValidator) {
     if (std::system("command -v desktop-file-validate >/dev/null 2>&1") != 0) {
         GTEST_SKIP() << "desktop-file-validate is not installed (scripts/install-deps)";
     }
-    TempFolder temp;
+    TempDir temp{"tray"};
     const auto entry = temp.path() / "org.velmora.heat-monitor.desktop";
     ASSERT_EQ(enableAutostart(entry, "/opt/My Apps/velmora-heat-monitor"), std::nullopt);
     const auto command = "desktop-file-validate '" + entry.string() + "'";

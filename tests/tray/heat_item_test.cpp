@@ -85,7 +85,7 @@ class HeatItemTest : public ::testing::Test {
         pumpFor(200ms);
     }
 
-    TempFolder temp;
+    TempDir temp{"tray"};
     SniClient client;
     std::vector<std::string> calls;
     std::vector<std::string> logLines;

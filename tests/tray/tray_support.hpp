@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+#include "support/temp_dir.hpp"
+
 namespace velmora::test {
 
 /// Runs the GTK main context for `span`.
@@ -53,19 +55,6 @@ class StandinWatcher {
     bool ready_ = false;
 };
 
-/// A fresh folder under the system's temporary folder, removed on destruction.
-class TempFolder {
-  public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    TempFolder(TempFolder&&) = delete;
-    TempFolder& operator=(TempFolder&&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
+using velmora::testing::TempDir;
 
 }  // namespace velmora::test

@@ -2,14 +2,16 @@
 
 #include <canberra.h>
 
+#include <system_error>
 #include <utility>
 
 namespace velmora {
 namespace {
 
-ca_context* openContext() {
+ca_context* openContext(int& error) {
     ca_context* context = nullptr;
-    if (ca_context_create(&context) != CA_SUCCESS) return nullptr;
+    error = ca_context_create(&context);
+    if (error != CA_SUCCESS) return nullptr;
     ca_context_change_props(context, CA_PROP_APPLICATION_NAME, "Velmora Heat Monitor",
                             CA_PROP_APPLICATION_ID, "velmora-heat-monitor", nullptr);
     return context;
@@ -17,9 +19,10 @@ ca_context* openContext() {
 
 }  // namespace
 
-CanberraSounder::CanberraSounder(std::filesystem::path soundsDirectory)
+CanberraSounder::CanberraSounder(std::filesystem::path soundsDirectory, LogSink log)
     : directory_(std::move(soundsDirectory)),
-      context_(openContext()),
+      log_(std::move(log)),
+      context_(openContext(contextError_)),
       cues_({.alarm = "alarm", .tick = "tick"}, [this](const std::string& name) { play(name); }) {}
 
 CanberraSounder::~CanberraSounder() {
@@ -33,11 +36,32 @@ std::filesystem::path CanberraSounder::soundFile(const std::string& name) const 
 // Each cue gets its own id so a new one never cancels one still playing; the file is named
 // afresh every time and nothing is preloaded.
 void CanberraSounder::play(const std::string& name) {
-    if (context_ == nullptr) return;
-    const std::string file = soundFile(name).string();
-    static_cast<void>(ca_context_play(context_, nextId_++, CA_PROP_MEDIA_FILENAME, file.c_str(),
-                                      CA_PROP_MEDIA_ROLE, "event", CA_PROP_EVENT_DESCRIPTION,
-                                      name.c_str(), nullptr));
+    const std::filesystem::path file = soundFile(name);
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) {
+        notPlayed(file, "the file is missing");
+        return;
+    }
+    if (context_ == nullptr) {
+        notPlayed(file, ca_strerror(contextError_));
+        return;
+    }
+    const int result = ca_context_play(context_, nextId_++, CA_PROP_MEDIA_FILENAME, file.c_str(),
+                                       CA_PROP_MEDIA_ROLE, "event", CA_PROP_EVENT_DESCRIPTION,
+                                       name.c_str(), nullptr);
+    if (result == CA_SUCCESS) {
+        reported_.clear();
+    } else {
+        notPlayed(file, ca_strerror(result));
+    }
+}
+
+// A sound system that is missing stays missing: one line per file and reason is enough.
+void CanberraSounder::notPlayed(const std::filesystem::path& file, const std::string& reason) {
+    if (!log_) return;
+    std::string line = "sound: cannot play " + file.filename().string() + " (" + reason + ")";
+    if (!reported_.insert(line).second) return;
+    log_(line);
 }
 
 }  // namespace velmora

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "actuators/named_cue_sounder.hpp"
+#include "policy/sinks.hpp"
 
 struct ca_context;
 
@@ -13,10 +15,12 @@ namespace velmora {
 
 /// Plays the project's own cue sounds, "alarm.wav" (alarm and urgent) and "tick.wav", from
 /// `soundsDirectory` through libcanberra, which reaches PulseAudio, PipeWire or ALSA. Playing
-/// is asynchronous and any failure (no sound server, missing file) is silent.
+/// is asynchronous. A cue that cannot be played (no sound server, missing file) is skipped
+/// and, when `log` is given, falls back to a line in the log ("sound: cannot play alarm.wav
+/// (Not available)"), once for each file and reason until a cue plays again.
 class CanberraSounder final : public Sounder {
   public:
-    explicit CanberraSounder(std::filesystem::path soundsDirectory);
+    explicit CanberraSounder(std::filesystem::path soundsDirectory, LogSink log = {});
     ~CanberraSounder() override;
     CanberraSounder(const CanberraSounder&) = delete;
     CanberraSounder& operator=(const CanberraSounder&) = delete;
@@ -32,9 +36,13 @@ class CanberraSounder final : public Sounder {
 
   private:
     void play(const std::string& name);
+    void notPlayed(const std::filesystem::path& file, const std::string& reason);
 
     std::filesystem::path directory_;
+    LogSink log_;
+    int contextError_ = 0;
     ca_context* context_ = nullptr;
+    std::set<std::string> reported_;
     std::uint32_t nextId_ = 1;
     NamedCueSounder cues_;
 };

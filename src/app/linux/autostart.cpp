@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <sstream>
 #include <system_error>
 
@@ -32,7 +31,7 @@ bool hasLine(const std::string& text, std::string_view wanted) {
 }
 
 std::string errnoText(int error) {
-    return std::strerror(error);
+    return std::generic_category().message(error);
 }
 
 std::optional<std::string> writeReplacing(const std::filesystem::path& file,

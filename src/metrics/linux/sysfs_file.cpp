@@ -16,9 +16,9 @@ namespace velmora {
 std::optional<SysfsFile> SysfsFile::open(const std::string& path) {
     if (readQuarantined(path)) return std::nullopt;
     const ReadWatch::Scope watched(path);
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
-    return SysfsFile(fd, path);
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid()) return std::nullopt;
+    return SysfsFile(std::move(fd), path);
 }
 
 std::optional<SysfsFile> SysfsFile::openReadable(const std::string& path) {
@@ -29,26 +29,11 @@ std::optional<SysfsFile> SysfsFile::openReadable(const std::string& path) {
     return file;
 }
 
-SysfsFile::SysfsFile(SysfsFile&& other) noexcept
-    : fd_(std::exchange(other.fd_, -1)), path_(std::move(other.path_)) {}
-
-SysfsFile& SysfsFile::operator=(SysfsFile&& other) noexcept {
-    if (this != &other) {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = std::exchange(other.fd_, -1);
-        path_ = std::move(other.path_);
-    }
-    return *this;
-}
-
-SysfsFile::~SysfsFile() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
 bool SysfsFile::stillAtPath() const {
     struct stat open {};
     struct stat named {};
-    if (fd_ < 0 || ::fstat(fd_, &open) != 0 || ::stat(path_.c_str(), &named) != 0) return false;
+    if (!fd_.valid() || ::fstat(fd_.get(), &open) != 0 || ::stat(path_.c_str(), &named) != 0)
+        return false;
     return open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
@@ -56,7 +41,7 @@ std::optional<std::string_view> SysfsFile::read(std::span<char> buffer) const {
     const ReadWatch::Scope watched(path_);
     ssize_t got = -1;
     do {
-        got = ::pread(fd_, buffer.data(), buffer.size(), 0);
+        got = ::pread(fd_.get(), buffer.data(), buffer.size(), 0);
     } while (got < 0 && errno == EINTR);
     if (got <= 0) return std::nullopt;
     return std::string_view(buffer.data(), static_cast<std::size_t>(got));

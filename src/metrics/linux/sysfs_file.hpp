@@ -4,6 +4,9 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "os/unique_fd.hpp"
 
 namespace velmora {
 
@@ -14,12 +17,6 @@ class SysfsFile {
     /// Opens the file only when it reads now: firmware that cannot tell a figure often fails
     /// its read, and such a file must not trigger a rediscovery every second.
     static std::optional<SysfsFile> openReadable(const std::string& path);
-
-    SysfsFile(SysfsFile&& other) noexcept;
-    SysfsFile& operator=(SysfsFile&& other) noexcept;
-    SysfsFile(const SysfsFile&) = delete;
-    SysfsFile& operator=(const SysfsFile&) = delete;
-    ~SysfsFile();
 
     /// The file's text, at most the buffer's size; nothing when the read fails or is empty
     /// (an unplugged device's attributes read as errors or as nothing).
@@ -34,9 +31,9 @@ class SysfsFile {
     bool stillAtPath() const;
 
   private:
-    SysfsFile(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
+    SysfsFile(UniqueFd fd, std::string path) : fd_(std::move(fd)), path_(std::move(path)) {}
 
-    int fd_ = -1;
+    UniqueFd fd_;
     std::string path_;
 };
 

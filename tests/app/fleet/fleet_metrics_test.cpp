@@ -15,6 +15,7 @@
 #include "app/fleet/metrics_file.hpp"
 #include "app/fleet/observed_shutdowner.hpp"
 #include "app/fleet/prometheus_text.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
@@ -157,13 +158,6 @@ TEST(ExpositionCheck, CatchesWhatTheCollectorWouldRefuse) {
 
 class MetricsFileTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "velmora-prom-XXXXXX").string();
-        dir_ = ::mkdtemp(pattern.data());
-        path_ = dir_ / "velmora.prom";
-    }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
     MetricsFile file() {
         return MetricsFile(
             path_, [this](const std::string& line) { logged_.push_back(line); },
@@ -181,8 +175,8 @@ class MetricsFileTest : public ::testing::Test {
                 {"sim", sim},     {"autoShutdown", true}, {"consentNeeded", false}};
     }
 
-    std::filesystem::path dir_;
-    std::filesystem::path path_;
+    testing::TempDir dir_{"prom"};
+    std::filesystem::path path_ = dir_ / "velmora.prom";
     std::vector<std::string> logged_;
 };
 

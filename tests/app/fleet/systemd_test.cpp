@@ -15,6 +15,7 @@
 
 #include "app/linux/journal_mirror.hpp"
 #include "app/linux/systemd_notifier.hpp"
+#include "support/temp_dir.hpp"
 
 namespace velmora {
 namespace {
@@ -23,9 +24,6 @@ namespace {
 class NotifySocket {
   public:
     NotifySocket() {
-        path_ = std::filesystem::temp_directory_path() /
-                ("velmora-notify-" + std::to_string(::getpid()));
-        std::filesystem::remove(path_);
         fd_ = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
@@ -36,7 +34,6 @@ class NotifySocket {
     ~NotifySocket() {
         ::unsetenv("NOTIFY_SOCKET");
         ::close(fd_);
-        std::filesystem::remove(path_);
     }
     NotifySocket(const NotifySocket&) = delete;
     NotifySocket& operator=(const NotifySocket&) = delete;
@@ -49,7 +46,8 @@ class NotifySocket {
     }
 
   private:
-    std::filesystem::path path_;
+    testing::TempDir tmp_{"notify"};
+    std::filesystem::path path_ = tmp_ / "socket";
     int fd_ = -1;
 };
 

@@ -29,11 +29,16 @@ describe('all pages', () => {
         opened.context.on('request', (r) => requests.push(r.url()));
         await page.reload();
         await page.evaluate(() => {
+          window.__frameRefused = null;
+          document.addEventListener('securitypolicyviolation', (event) => {
+            window.__frameRefused = window.__frameRefused || event.effectiveDirective;
+          });
           const frame = document.createElement('iframe');
           frame.src = 'data:text/html,<p>framed</p>';
           document.body.appendChild(frame);
         });
-        await page.waitForTimeout(100);
+        const refused = await page.waitForFunction(() => window.__frameRefused, null, { timeout: 3000 });
+        assert.equal(await refused.jsonValue(), 'frame-src', `${name} refused the frame by its policy`);
         const framed = page.frames().slice(1);
         const loaded = await Promise.all(framed.map((f) => f.evaluate(() => document.body && document.body.textContent).catch(() => null)));
         assert.ok(!loaded.includes('framed'), `${name} showed a frame`);
@@ -177,12 +182,25 @@ describe('all pages', () => {
       await withPage(name, { stage: 'extreme' }, async (page) => {
         await renderLive(page, readFixture('live', 'normal'));
         await renderView(page, readFixture('views', 'count'), 'count');
-        await page.waitForTimeout(300);
+        await settled(page, name);
         assert.deepEqual(await page.evaluate(() => window.__timers), { interval: 0, timeout: 0, frame: 0 }, name);
       });
     }
   });
 });
+
+// Waits until every transition and animation the last render started has finished, then two
+// frames more, so that anything those could still start would have asked for a timer by now.
+async function settled(page, name) {
+  const endless = await page.evaluate(() => document.getAnimations()
+    .filter((a) => a.effect.getComputedTiming().endTime === Infinity).length);
+  assert.equal(endless, 0, `${name} runs an endless animation`);
+  await page.evaluate(async () => {
+    const running = document.getAnimations().filter((a) => a.playState === 'running');
+    await Promise.all(running.map((a) => a.finished));
+    await new Promise((resolve) => window.__testFrame(() => window.__testFrame(resolve)));
+  });
+}
 
 describe('keyboard use', () => {
   async function reachesEveryButton(page, label) {

@@ -89,6 +89,8 @@ function documentStart({ token, theme, stage, demo, handlers }) {
   });
   window.webkit = { messageHandlers };
   window.__timers = { interval: 0, timeout: 0, frame: 0 };
+  // The tests' own way to wait for the next frame, which the count leaves out.
+  window.__testFrame = window.requestAnimationFrame.bind(window);
   const wrap = (key, fn) => function (...args) { window.__timers[key] += 1; return fn.apply(this, args); };
   window.setInterval = wrap('interval', window.setInterval);
   window.setTimeout = wrap('timeout', window.setTimeout);
