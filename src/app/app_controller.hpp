@@ -45,6 +45,8 @@ struct AppServices {
     std::vector<std::shared_ptr<WatchdogObserver>> observers;
     /// Also given every log line (the journal); may be empty.
     std::function<void(const std::string&)> logMirror;
+    /// Given the application log once it is open, for parts made before it (the sound player).
+    std::function<void(LogSink)> connectLog;
 };
 
 /// The presentation's state, read by tests and by nothing else outside the controller.

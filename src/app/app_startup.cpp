@@ -47,6 +47,7 @@ AppController::~AppController() {
 void AppController::start() {
     logger = std::make_shared<FileLogger>(opts.dataDir);
     if (services_.logMirror) logger->setMirror(services_.logMirror);
+    if (services_.connectLog) services_.connectLog(logSink());
     log("---- " + std::string(SC::appName) + " " + std::string(SC::version) +
         " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
         " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +

@@ -80,6 +80,8 @@ class AppHarness {
     std::shared_ptr<RecordingSounder> systemSounder = std::make_shared<RecordingSounder>();
     std::shared_ptr<MemoryPreferences> preferences = std::make_shared<MemoryPreferences>();
     std::unique_ptr<AppController> app;
+    /// The log handed to parts made before the controller (the sound player).
+    LogSink earlyPartsLog;
 };
 
 }  // namespace velmora::testing

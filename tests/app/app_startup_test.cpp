@@ -209,6 +209,14 @@ TEST(AppStartup, TheQuickTicksStopWhenTheEmergencyIsOver) {
     EXPECT_EQ(h.shell.statuses.size(), statusesBefore + 2);
 }
 
+TEST(AppStartup, PartsMadeBeforeTheLogAreGivenItOnceItIsOpen) {
+    AppHarness h;
+    h.launch();
+    ASSERT_TRUE(static_cast<bool>(h.earlyPartsLog));
+    h.earlyPartsLog("sound: cannot play alarm.wav (no sound system)");
+    EXPECT_TRUE(h.logged("sound: cannot play alarm.wav (no sound system)"));
+}
+
 TEST(AppStartup, QuitLine) {
     AppHarness h;
     h.launch();

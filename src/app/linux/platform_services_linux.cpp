@@ -34,8 +34,14 @@ PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnviron
     }
     parts.services.logMirror = journalMirrorFromEnvironment();
     if (!opts.mute) {
-        parts.sounds = std::make_shared<CanberraSounder>(resources / "sounds");
+        // The player is made before the log is open; its lines reach the log once it is.
+        auto relay = std::make_shared<LogSink>();
+        parts.sounds = std::make_shared<CanberraSounder>(resources / "sounds",
+                                                         [relay](const std::string& line) {
+                                                             if (*relay) (*relay)(line);
+                                                         });
         parts.services.systemSounder = [sounds = parts.sounds] { return sounds; };
+        parts.services.connectLog = [relay](LogSink log) { *relay = std::move(log); };
     }
     return parts;
 }
