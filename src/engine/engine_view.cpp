@@ -18,7 +18,7 @@ nlohmann::json Engine::view(MonoTime now) const {
         {"state", std::string(rawValue(m.state))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
-        {"totalSecs", SC::totalSecs},
+        {"totalSecs", SC::countdownLen},
         {"sim", sim.has_value()},
         {"simDone", sim && sim->state == CState::done},
         {"lead", leadIn},

@@ -18,7 +18,7 @@ inline constexpr double criticalC = 100;
 // Durations, seconds.
 inline constexpr double hotSustainT1 = 90;
 inline constexpr double extremeT2 = 60;
-inline constexpr double countdownLen = 10;
+inline constexpr int countdownLen = 10;
 inline constexpr double graceLen = 300;
 inline constexpr double staleGap = 5;
 inline constexpr double simLead = 4;
@@ -30,6 +30,5 @@ inline constexpr double reliefHold = 60;
 
 inline constexpr double simPeakC = 106;
 inline constexpr std::array<int, 4> cueSeconds{5, 3, 2, 1};
-inline constexpr int totalSecs = 10;
 
 }  // namespace velmora::SC

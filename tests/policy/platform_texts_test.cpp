@@ -78,7 +78,6 @@ TEST(Constants, TuningValues) {
     EXPECT_EQ(SC::failsafe, 30);
     EXPECT_EQ(SC::bAlarmInterval, 15);
     EXPECT_EQ(SC::simPeakC, 106);
-    EXPECT_EQ(SC::totalSecs, 10);
     EXPECT_EQ(SC::cueSeconds, (std::array<int, 4>{5, 3, 2, 1}));
 }
 
