@@ -46,7 +46,7 @@ AppController::~AppController() {
 void AppController::start() {
     logger = std::make_shared<FileLogger>(opts.dataDir);
     if (services_.logMirror) logger->setMirror(services_.logMirror);
-    log("---- " + std::string(SC::appName) + " " + std::string(SC::version) +
+    log("---- " + std::string(watchdog::appName) + " " + std::string(watchdog::version) +
         " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
         " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +
         " dataDir=" + opts.dataDir.string() + ")");
@@ -225,7 +225,7 @@ std::function<void()> AppController::guarded(std::function<void(AppController&)>
 }
 
 std::string AppController::baseTitle() const {
-    return std::string(SC::appName) + (opts.dryRun ? " · TEST MODE" : "");
+    return std::string(watchdog::appName) + (opts.dryRun ? " · TEST MODE" : "");
 }
 
 }  // namespace velmora

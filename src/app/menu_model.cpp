@@ -21,7 +21,7 @@ std::vector<Submenu> mainMenu() {
                         {
                             MenuItem{"Settings\u2026", MenuAction::settings, ","},
                             separatorItem(),
-                            MenuItem{"Quit " + std::string(SC::appName), MenuAction::quit, "q"},
+                            MenuItem{"Quit " + std::string(watchdog::appName), MenuAction::quit, "q"},
                         }};
     Submenu test{"Test",
                  {MenuItem{"Test emergency (simulation, never shuts down)",

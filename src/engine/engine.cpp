@@ -17,10 +17,10 @@ namespace {
 std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     const std::string promotion =
         alerter.timedStageB ? "ON" : "OFF: only the OS critical state reaches B";
-    return "stage-c: thresholds: stageA=" + integerPart(SC::extremeC) +
-           "C stageB=" + integerPart(SC::criticalC) +
+    return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
+           "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + integerPart(SC::countdownLen) + "s grace=" + integerPart(SC::graceLen) +
+           ") countdown=" + integerPart(watchdog::countdownSeconds) + "s grace=" + integerPart(watchdog::graceSeconds) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
@@ -84,8 +84,8 @@ void Engine::logStart() {
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
-    reliefHoldUntil = lastNow + SC::reliefHold;
-    emit("stage-c: no countdown for the next " + integerPart(SC::reliefHold) +
+    reliefHoldUntil = lastNow + watchdog::reliefHoldSeconds;
+    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHoldSeconds) +
          "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
@@ -149,7 +149,7 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
 void Engine::soundStageBAlarm(MonoTime now) {
     const bool simCounting = sim && sim->state == CState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
-    if (lastB && now - *lastB < SC::bAlarmInterval) return;
+    if (lastB && now - *lastB < watchdog::emergencyAlarmIntervalSeconds) return;
     lastB = now;
     snd->alarm();
 }
@@ -172,8 +172,8 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
-    emit("stage-c: still running " + integerPart(SC::failsafe) +
+    if (real.state != CState::fired || !firedAt || now - *firedAt < watchdog::failsafeSeconds) return;
+    emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs.clear();
     real.reset();  // idle, no previous step, no pending cancel; deadlines are left
@@ -187,7 +187,7 @@ void Engine::stepSimulation(MonoTime now) {
         sim.reset();
         return;
     }
-    if (now - simStart < SC::simLead) return;
+    if (now - simStart < watchdog::simulationLeadInSeconds) return;
     for (const CEvent& event : sim->step(now, CInput{true, false, true})) {
         handle(event, now, true);
     }

@@ -25,11 +25,11 @@ void Engine::startSim(MonoTime now) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
     }
-    const CConfig rehearsal{SC::countdownLen, SC::graceLen, SC::staleGap, false};
+    const CConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
     sim.emplace(rehearsal, true);
     simStart = now;
-    emit("stage-c: SIMULATION started (" + integerPart(SC::simLead) + "s Stage B lead-in + " +
-         integerPart(SC::countdownLen) + "s countdown). NO shutdown will be run.");
+    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) + "s Stage B lead-in + " +
+         integerPart(watchdog::countdownSeconds) + "s countdown). NO shutdown will be run.");
 }
 
 void Engine::cancel(MonoTime now) {
@@ -45,7 +45,7 @@ void Engine::cancel(MonoTime now) {
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
             errMsg.clear();
-            emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(SC::graceLen) +
+            emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(watchdog::graceSeconds) +
                  "s");
             break;
         case CState::fired:

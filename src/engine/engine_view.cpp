@@ -12,13 +12,13 @@ namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
     const Machine& m = shown();
-    const bool leadIn = sim && sim->state == CState::idle && now - simStart < SC::simLead;
+    const bool leadIn = sim && sim->state == CState::idle && now - simStart < watchdog::simulationLeadInSeconds;
     nlohmann::json v = {
-        {"version", std::string(SC::version)},
+        {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
-        {"totalSecs", SC::countdownLen},
+        {"totalSecs", watchdog::countdownSeconds},
         {"sim", sim.has_value()},
         {"simDone", sim && sim->state == CState::done},
         {"lead", leadIn},

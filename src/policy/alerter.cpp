@@ -18,7 +18,7 @@ std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) 
     }
     if (!hotSince) hotSince = now;
     if (cls == Level::blowout) return Level::blowout;  // leaves extSince running
-    if (cls == Level::hot && now - *hotSince < SC::hotSustainT1) {
+    if (cls == Level::hot && now - *hotSince < watchdog::hotSustainSeconds) {
         extSince.reset();
         return Level::hot;
     }
@@ -28,7 +28,7 @@ std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) 
 Level Alerter::stageA(MonoTime now) {
     if (!extSince) extSince = now;
     if (!timedStageB) return Level::extreme;
-    return now - *extSince >= SC::extremeT2 ? Level::blowout : Level::extreme;
+    return now - *extSince >= watchdog::extremeSustainSeconds ? Level::blowout : Level::extreme;
 }
 
 }  // namespace velmora

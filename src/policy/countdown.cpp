@@ -62,7 +62,7 @@ std::string_view rawValue(CEventKind kind) {
 }
 
 CConfig CConfig::production() {
-    return CConfig{SC::countdownLen, SC::graceLen, SC::staleGap, false};
+    return CConfig{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
 }
 
 std::vector<CEvent> Machine::startCountdown(MonoTime now) {
@@ -129,7 +129,7 @@ void Machine::stepCountdown(MonoTime now, CInput input, bool stale, std::vector<
     }
     const std::int64_t r = remaining(now);
     if (r >= lastCue) return;
-    const bool due = std::any_of(SC::cueSeconds.begin(), SC::cueSeconds.end(),
+    const bool due = std::any_of(watchdog::cueSeconds.begin(), watchdog::cueSeconds.end(),
                                  [&](int c) { return r <= c && c < lastCue; });
     lastCue = r;
     if (due) events.push_back({CEventKind::cue, r});
