@@ -111,8 +111,8 @@ nlohmann::json Engine::tick(MonoTime now) {
         manual.reset();
     }
     if (critical && tempC && *tempC > peak) peak = *tempC;
-    if (!critical && real.state == CState::idle) peak = 0;
-    for (const CEvent& event : real.step(now, CInput{critical, calm, enabled})) {
+    if (!critical && real.state == CountdownState::idle) peak = 0;
+    for (const CountdownEvent& event : real.step(now, CountdownInput{critical, calm, enabled})) {
         handle(event, now, false);
     }
     soundStageBAlarm(now);
@@ -147,7 +147,7 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
 }
 
 void Engine::soundStageBAlarm(MonoTime now) {
-    const bool simCounting = sim && sim->state == CState::countdown;
+    const bool simCounting = sim && sim->state == CountdownState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
     if (lastB && now - *lastB < watchdog::emergencyAlarmIntervalSeconds) return;
     lastB = now;
@@ -164,7 +164,7 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
         lastSt = real.state;
         return;
     }
-    if (real.state == CState::countdown && now - lastLog >= kCountdownLogInterval) {
+    if (real.state == CountdownState::countdown && now - lastLog >= kCountdownLogInterval) {
         lastLog = now;
         emit("stage-c: countdown remaining=" + std::to_string(real.remaining(now)) +
              "s peak ladder=" + integerPart(peak));
@@ -172,7 +172,7 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real.state != CState::fired || !firedAt || now - *firedAt < watchdog::failsafeSeconds) return;
+    if (real.state != CountdownState::fired || !firedAt || now - *firedAt < watchdog::failsafeSeconds) return;
     emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs.clear();
@@ -188,7 +188,7 @@ void Engine::stepSimulation(MonoTime now) {
         return;
     }
     if (now - simStart < watchdog::simulationLeadInSeconds) return;
-    for (const CEvent& event : sim->step(now, CInput{true, false, true})) {
+    for (const CountdownEvent& event : sim->step(now, CountdownInput{true, false, true})) {
         handle(event, now, true);
     }
 }

@@ -130,8 +130,8 @@ class Engine {
     std::shared_ptr<Sounder> snd;
     LogSink log;
     Settings set;
-    Machine real{CConfig::production(), false};
-    std::optional<Machine> sim;
+    Countdown real{CountdownConfig::production(), false};
+    std::optional<Countdown> sim;
     Alerter alerter;
     double peak = 0;  // °C, highest reading while stage B held
     std::optional<Relief> relief;
@@ -142,7 +142,7 @@ class Engine {
     std::optional<double> tempC;
     std::optional<MonoTime> lastB;
     std::optional<MonoTime> firedAt;
-    CState lastSt = CState::idle;
+    CountdownState lastSt = CountdownState::idle;
     MonoTime lastLog = MonoTime::distantPast();
     MonoTime simStart = MonoTime::distantPast();
     MonoTime lastNow;
@@ -153,8 +153,8 @@ class Engine {
     bool probing = false;
 
   private:
-    void handle(const CEvent& event, MonoTime now, bool simulated);
-    void handleReal(const CEvent& event, MonoTime now);
+    void handle(const CountdownEvent& event, MonoTime now, bool simulated);
+    void handleReal(const CountdownEvent& event, MonoTime now);
     void runShutdown();
     void logMarkerWrite(const WriteError& error, bool late);
     void reportLateMarker();
@@ -174,10 +174,10 @@ class Engine {
     void stepSimulation(MonoTime now);
     void emit(const std::string& line) const;
     std::string thermalWord() const;
-    const Machine& shown() const { return sim ? *sim : real; }
+    const Countdown& shown() const { return sim ? *sim : real; }
     /// The real countdown is running or the shutdown was called: the emergency owns the stage.
     bool realRunning() const {
-        return real.state == CState::countdown || real.state == CState::fired;
+        return real.state == CountdownState::countdown || real.state == CountdownState::fired;
     }
 
     const PlatformTexts& words_;

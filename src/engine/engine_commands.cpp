@@ -25,7 +25,7 @@ void Engine::startSim(MonoTime now) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
     }
-    const CConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
+    const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
     sim.emplace(rehearsal, true);
     simStart = now;
     emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) + "s Stage B lead-in + " +
@@ -39,7 +39,7 @@ void Engine::cancel(MonoTime now) {
         return;
     }
     switch (real.state) {
-        case CState::countdown:
+        case CountdownState::countdown:
             emit("stage-c: user pressed Keep working · Cancel during the countdown");
             markerJobs.clear();
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
@@ -48,21 +48,21 @@ void Engine::cancel(MonoTime now) {
             emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(watchdog::graceSeconds) +
                  "s");
             break;
-        case CState::fired:
+        case CountdownState::fired:
             // Once the shutdown has been called it is not undone.
             errMsg = std::string(words_.tooLateToCancel);
             emit(std::string(words_.cancelRefusedLog));
             break;
-        case CState::idle:
-        case CState::grace:
-        case CState::done:
+        case CountdownState::idle:
+        case CountdownState::grace:
+        case CountdownState::done:
             emit("stage-c: cancel ignored (state " + std::string(rawValue(real.state)) + ")");
             break;
     }
 }
 
 void Engine::dismissSim() {
-    if (!sim || sim->state != CState::done) return;  // a running rehearsal is stopped by cancel
+    if (!sim || sim->state != CountdownState::done) return;  // a running rehearsal is stopped by cancel
     emit("stage-c SIMULATION: dismissed");
     sim.reset();
 }

@@ -18,7 +18,7 @@ constexpr std::chrono::milliseconds kMarkerWait{500};
 
 }  // namespace
 
-void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
+void Engine::handle(const CountdownEvent& event, MonoTime now, bool simulated) {
     emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
          std::string(rawValue(event.kind)) + " remaining=" + std::to_string(event.remaining));
     if (!simulated) {
@@ -26,13 +26,13 @@ void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
         return;
     }
     switch (event.kind) {
-        case CEventKind::simComplete:
+        case CountdownEventKind::simComplete:
             emit("stage-c SIMULATION: complete. shutdown was NOT called.");
             break;
-        case CEventKind::countdownStart:
+        case CountdownEventKind::countdownStart:
             snd->urgent();
             break;
-        case CEventKind::cue:
+        case CountdownEventKind::cue:
             snd->tick();
             break;
         default:
@@ -40,31 +40,31 @@ void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
     }
 }
 
-void Engine::handleReal(const CEvent& event, MonoTime now) {
+void Engine::handleReal(const CountdownEvent& event, MonoTime now) {
     switch (event.kind) {
-        case CEventKind::countdownStart:
+        case CountdownEventKind::countdownStart:
             errMsg.clear();
             manual.reset();
             snd->urgent();
             probePermission("countdown start", false);
             break;
-        case CEventKind::cue:
+        case CountdownEventKind::cue:
             snd->tick();
             break;
-        case CEventKind::fire:
+        case CountdownEventKind::fire:
             firedAt = now;
             runShutdown();
             break;
-        case CEventKind::abort:
-        case CEventKind::stale:
+        case CountdownEventKind::abort:
+        case CountdownEventKind::stale:
             markerJobs.clear();
             break;
-        case CEventKind::cooled:
+        case CountdownEventKind::cooled:
             relief = Relief{peak, true};
             break;
-        case CEventKind::simComplete:
-        case CEventKind::cancel:
-        case CEventKind::graceEnd:
+        case CountdownEventKind::simComplete:
+        case CountdownEventKind::cancel:
+        case CountdownEventKind::graceEnd:
             break;
     }
 }

@@ -11,8 +11,8 @@
 namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
-    const Machine& m = shown();
-    const bool leadIn = sim && sim->state == CState::idle && now - simStart < watchdog::simulationLeadInSeconds;
+    const Countdown& m = shown();
+    const bool leadIn = sim && sim->state == CountdownState::idle && now - simStart < watchdog::simulationLeadInSeconds;
     nlohmann::json v = {
         {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},
@@ -20,7 +20,7 @@ nlohmann::json Engine::view(MonoTime now) const {
         {"remaining", m.remaining(now)},
         {"totalSecs", watchdog::countdownSeconds},
         {"sim", sim.has_value()},
-        {"simDone", sim && sim->state == CState::done},
+        {"simDone", sim && sim->state == CountdownState::done},
         {"lead", leadIn},
         {"autoShutdown", set.autoShutdown},
         {"consentNeeded", !set.consentRecorded},

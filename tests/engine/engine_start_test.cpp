@@ -21,7 +21,7 @@ TEST_F(EngineStart, WithoutASettingsFileLogsTheDefaultsAndTheThresholds) {
     EXPECT_FALSE(std::filesystem::exists(settingsPath()));  // reading never creates the file
     EXPECT_FALSE(engine->relief.has_value());
     EXPECT_EQ(engine->perm, Engine::PermState::unknown());
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_FALSE(engine->simActive());
     EXPECT_EQ(engine->lastNow, at(0));
 }
