@@ -108,7 +108,7 @@ void AppController::runStageC(const std::string& action, const nlohmann::json& b
     } else if (action == "recheck") {
         engine->probePermission("user pressed Check again", true);
     } else if (action == "dismissPerm") {
-        engine->dismissPerm();
+        engine->dismissPermission();
     } else if (action == "dismissManual") {
         engine->dismissManual();
     } else {

@@ -35,9 +35,9 @@ std::shared_ptr<SettingsCache> readOnceCache(const SettingsStore& store) {
     return cache;
 }
 
-std::string settingsText(const Settings& set) {
-    return "autoShutdown=" + boolText(set.autoShutdown) +
-           " consentRecorded=" + boolText(set.consentRecorded);
+std::string settingsText(const Settings& settings) {
+    return "autoShutdown=" + boolText(settings.autoShutdown) +
+           " consentRecorded=" + boolText(settings.consentRecorded);
 }
 
 }  // namespace
@@ -48,8 +48,8 @@ Engine::Engine(Parts parts, MonoTime now)
       settingsCache(parts.settingsCache ? std::move(parts.settingsCache) : readOnceCache(settings)),
       markers(std::move(parts.markers)),
       markerJobs(markers),
-      sd(std::move(parts.shutdowner)),
-      snd(std::move(parts.sounder)),
+      shutdowner(std::move(parts.shutdowner)),
+      sounder(std::move(parts.sounder)),
       log(std::move(parts.log)),
       alerter(parts.alerter),
       lastNow(now),
@@ -60,9 +60,9 @@ Engine::Engine(Parts parts, MonoTime now)
 
 void Engine::logStart() {
     const auto snapshot = settingsCache->snapshot();
-    set = snapshot.settings;
+    settingsInForce = snapshot.settings;
     settingsVersion_ = snapshot.version;
-    emit("stage-c: settings loaded: " + settingsText(set) + " enabled=" + boolText(set.enabled()));
+    emit("stage-c: settings loaded: " + settingsText(settingsInForce) + " enabled=" + boolText(settingsInForce.enabled()));
     if (!snapshot.loaded) {
         emit(
             "stage-c: the settings file is slow to read; no automatic shutdown until it has "
@@ -104,7 +104,7 @@ nlohmann::json Engine::tick(MonoTime now) {
     followSettings();  // from memory: the file is read off this thread when it changes
     reportLateMarker();
     const bool critical = level == Level::blowout;
-    const bool enabled = set.enabled() && !reliefHolds(now);
+    const bool enabled = settingsInForce.enabled() && !reliefHolds(now);
     const bool calm = level.has_value() && *level <= Level::warm;
     if (!critical && manual && !realRunning()) {
         emit("stage-c: manual-shutdown notice cleared (no longer critical)");
@@ -115,7 +115,7 @@ nlohmann::json Engine::tick(MonoTime now) {
     for (const CountdownEvent& event : real.step(now, CountdownInput{critical, calm, enabled})) {
         handle(event, now, false);
     }
-    soundStageBAlarm(now);
+    soundEmergencyAlarm(now);
     logStateChange(now, critical, enabled);
     checkFailsafe(now);
     stepSimulation(now);
@@ -126,10 +126,10 @@ void Engine::followSettings() {
     if (settingsCache->version() == settingsVersion_) return;
     const auto snapshot = settingsCache->snapshot();
     settingsVersion_ = snapshot.version;
-    if (snapshot.settings != set) {
-        set = snapshot.settings;
-        emit("stage-c: settings changed: " + settingsText(set) +
-             " enabled=" + boolText(set.enabled()));
+    if (snapshot.settings != settingsInForce) {
+        settingsInForce = snapshot.settings;
+        emit("stage-c: settings changed: " + settingsText(settingsInForce) +
+             " enabled=" + boolText(settingsInForce.enabled()));
     }
     noteSettingsProblem(snapshot.problem);
 }
@@ -139,29 +139,29 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
     if (problem == settingsProblem_) return;
     if (problem) {
         emit("stage-c: settings file " + settings.url().string() + " " + *problem + "; keeping " +
-             settingsText(set));
+             settingsText(settingsInForce));
     } else {
         emit("stage-c: settings file readable again");
     }
     settingsProblem_ = problem;
 }
 
-void Engine::soundStageBAlarm(MonoTime now) {
+void Engine::soundEmergencyAlarm(MonoTime now) {
     const bool simCounting = sim && sim->state == CountdownState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
-    if (lastB && now - *lastB < watchdog::emergencyAlarmIntervalSeconds) return;
-    lastB = now;
-    snd->alarm();
+    if (lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds) return;
+    lastEmergencyAlarm = now;
+    sounder->alarm();
 }
 
 void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
-    if (real.state != lastSt) {
-        emit("stage-c: state " + std::string(rawValue(lastSt)) + " -> " +
+    if (real.state != lastLoggedState) {
+        emit("stage-c: state " + std::string(rawValue(lastLoggedState)) + " -> " +
              std::string(rawValue(real.state)) + " (thermal=" +
              (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + integerPart(tempC) +
              " level=" + (level ? std::string(label(*level)) : "n/a") +
              " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
-        lastSt = real.state;
+        lastLoggedState = real.state;
         return;
     }
     if (real.state == CountdownState::countdown && now - lastLog >= kCountdownLogInterval) {

@@ -44,13 +44,13 @@ void Engine::cancel(MonoTime now) {
             markerJobs.clear();
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
-            errMsg.clear();
+            errorMessage.clear();
             emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(watchdog::graceSeconds) +
                  "s");
             break;
         case CountdownState::fired:
             // Once the shutdown has been called it is not undone.
-            errMsg = std::string(words_.tooLateToCancel);
+            errorMessage = std::string(words_.tooLateToCancel);
             emit(std::string(words_.cancelRefusedLog));
             break;
         case CountdownState::idle:
@@ -77,8 +77,8 @@ void Engine::dismissManual() {
     emit("stage-c: manual-shutdown notice dismissed");
 }
 
-void Engine::dismissPerm() {
-    permDismissed = true;  // for this run only; never saved
+void Engine::dismissPermission() {
+    permissionDismissed = true;  // for this run only; never saved
     emit("stage-c: permission notice dismissed for this run");
 }
 
@@ -95,7 +95,7 @@ bool Engine::consent(bool on, Timestamp wallNow) {
 bool Engine::setAuto(bool on, Timestamp wallNow) {
     // Changing the switch counts as consent; the first consent time is kept.
     const auto consentAt =
-        set.consentRecorded ? set.consentAt : std::optional<std::string>(rfc3339(wallNow));
+        settingsInForce.consentRecorded ? settingsInForce.consentAt : std::optional<std::string>(rfc3339(wallNow));
     return holdAnswer(Settings{on, true, consentAt}, "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
                           " (consentRecorded=true)");
@@ -105,16 +105,16 @@ bool Engine::setAuto(bool on, Timestamp wallNow) {
 // be overruled by an older "yes" on disk.
 bool Engine::holdAnswer(const Settings& answer, const std::string& failurePrefix,
                         const std::string& savedLine) {
-    set = answer;
+    settingsInForce = answer;
     const auto error = settingsCache->keep(answer, kSettingsSaveWait);
     if (error) {
         emit(failurePrefix + error->message);
-        emit("stage-c: the answer holds until quit: autoShutdown=" + boolText(set.autoShutdown) +
-             " enabled=" + boolText(set.enabled()));
+        emit("stage-c: the answer holds until quit: autoShutdown=" + boolText(settingsInForce.autoShutdown) +
+             " enabled=" + boolText(settingsInForce.enabled()));
     } else {
         emit(savedLine);
     }
-    if (set.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
+    if (settingsInForce.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
     return !error;
 }
 

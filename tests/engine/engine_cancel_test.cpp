@@ -77,10 +77,10 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
                                "stage-c: cancel refused: the shutdown call already ran (no way to "
                                "abort on macOS)",
                            }));
-    EXPECT_EQ(engine->errMsg, "Too late to cancel: your Mac is already shutting down.");
+    EXPECT_EQ(engine->errorMessage, "Too late to cancel: your Mac is already shutting down.");
     EXPECT_EQ(engine->real.state, CountdownState::fired);
     EXPECT_TRUE(markerExists());
-    EXPECT_EQ(engine->view(at(10.1))["err"], engine->errMsg);
+    EXPECT_EQ(engine->view(at(10.1))["err"], engine->errorMessage);
 }
 
 TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
@@ -89,7 +89,7 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
     fire();
     engine->cancel(at(10.1));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{std::string(linuxTexts.cancelRefusedLog)}));
-    EXPECT_EQ(engine->errMsg, "Too late to cancel: this computer is already shutting down.");
+    EXPECT_EQ(engine->errorMessage, "Too late to cancel: this computer is already shutting down.");
 }
 
 TEST_F(EngineCancel, CancelWhenIdleOrInGraceIsIgnored) {

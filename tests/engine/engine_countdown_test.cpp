@@ -73,7 +73,7 @@ TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery1
               (std::vector<std::string>{"stage-c: settings changed: autoShutdown=true "
                                         "consentRecorded=false enabled=false"}));
     EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
-    EXPECT_EQ(engine->lastB, at(30));
+    EXPECT_EQ(engine->lastEmergencyAlarm, at(30));
     EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(shutdowner->probeCalls, 0);

@@ -41,10 +41,10 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
     EXPECT_EQ(lines.at(lines.size() - 2),
               "stage-c: ERROR shutdown failed: " + kDeniedText +
                   "; clearing marker; telling the user to shut down manually");
-    EXPECT_EQ(engine->perm, Engine::PermState::denied(kDeniedText));
+    EXPECT_EQ(engine->permission, Engine::PermissionState::denied(kDeniedText));
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
-    EXPECT_EQ(engine->errMsg, "Could not shut down: " + kDeniedText);
+    EXPECT_EQ(engine->errorMessage, "Could not shut down: " + kDeniedText);
     EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(engine->real.graceLeft(at(10)), 300);
     EXPECT_FALSE(engine->firedAt.has_value());
@@ -75,8 +75,8 @@ TEST_F(EngineShutdown, OtherFailureNamesThePlatformError) {
     queue.runAll();
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{"macOS reported an error: osascript exit 1", false}));
-    EXPECT_EQ(engine->perm, Engine::PermState::granted());  // as the countdown's probe left it
-    EXPECT_EQ(engine->errMsg, "Could not shut down: osascript exit 1");
+    EXPECT_EQ(engine->permission, Engine::PermissionState::granted());  // as the countdown's probe left it
+    EXPECT_EQ(engine->errorMessage, "Could not shut down: osascript exit 1");
 }
 
 TEST_F(EngineShutdown, OtherFailureOnLinuxNamesLogind) {

@@ -81,7 +81,7 @@ TEST_F(EngineSimulation, SimulationCountingDownMutesTheStageBAlarm) {
               (std::vector<std::string>{"alarm", "urgent", "tick", "tick", "tick", "tick"}));
     tickAt(19.25);  // the rehearsal is done: the overdue alarm sounds
     EXPECT_EQ(sounder->sounds.back(), "alarm");
-    EXPECT_EQ(engine->lastB, at(19.25));
+    EXPECT_EQ(engine->lastEmergencyAlarm, at(19.25));
 }
 
 TEST_F(EngineSimulation, StartingAgainRestartsTheLeadIn) {

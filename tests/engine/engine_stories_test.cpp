@@ -90,7 +90,7 @@ TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
     tickAt(309.75);
     EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(std::count(sounder->sounds.begin(), sounder->sounds.end(), "alarm"), 20);
-    EXPECT_EQ(engine->lastB, at(295.25));
+    EXPECT_EQ(engine->lastEmergencyAlarm, at(295.25));
     view = tickAt(310);
     EXPECT_EQ(view["state"], "countdown");
     EXPECT_EQ(view["remaining"], 10);
