@@ -16,7 +16,7 @@ namespace {
 
 std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     const std::string promotion =
-        alerter.timedStageB ? "ON" : "OFF: only the OS critical state reaches B";
+        alerter.promoteSustainedExtreme ? "ON" : "OFF: only the OS critical state reaches B";
     return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
            "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +

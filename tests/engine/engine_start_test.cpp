@@ -49,7 +49,7 @@ TEST_F(EngineStart, GarbledSettingsFileFallsBackToTheDefaults) {
 }
 
 TEST_F(EngineStart, TimedPromotionIsNamedInTheThresholdsLine) {
-    timedStageB = true;
+    promoteSustainedExtreme = true;
     start();
     EXPECT_EQ(takeLines().at(1),
               "stage-c: thresholds: stageA=95C stageB=100C (countdown starts immediately at B; "
