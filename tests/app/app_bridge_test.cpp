@@ -46,7 +46,7 @@ TEST(PageBridge, MessagesActOnlyOnceTheLoopRuns) {
     EXPECT_EQ(h.app->ui.mode, UIMode::settings);
 }
 
-TEST(PageBridge, StageCWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
+TEST(PageBridge, EmergencyPageMessageWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
     AppHarness h;
     h.launch();
     const auto rendersBefore = h.renders().size();
@@ -56,7 +56,7 @@ TEST(PageBridge, StageCWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
     EXPECT_EQ(h.renders().size(), rendersBefore);  // no tick either
 }
 
-TEST(PageBridge, StageCWithTheTokenInAnotherLetterCaseIsRejected) {
+TEST(PageBridge, EmergencyPageMessageWithTheTokenInAnotherLetterCaseIsRejected) {
     AppHarness h;
     h.launch();
     std::string lower = h.app->token;
@@ -67,7 +67,7 @@ TEST(PageBridge, StageCWithTheTokenInAnotherLetterCaseIsRejected) {
     EXPECT_FALSE(h.app->engine->settingsInForce.consentRecorded);
 }
 
-TEST(PageBridge, StageCBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {
+TEST(PageBridge, EmergencyPageMessageBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {
     AppHarness h;
     h.launch();
     const auto lines = h.logLines().size();
@@ -87,7 +87,7 @@ TEST(PageBridge, HeatBareStringShutdownIsRejected) {
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 0);
 }
 
-TEST(PageBridge, UnknownStageCActionIsLoggedAndThePageStillRendered) {
+TEST(PageBridge, UnknownEmergencyPageActionIsLoggedAndThePageStillRendered) {
     AppHarness h;
     h.launch();  // consent page: every tick renders
     const auto rendersBefore = h.renders().size();
