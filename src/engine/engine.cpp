@@ -20,7 +20,8 @@ std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
            "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + integerPart(watchdog::countdownSeconds) + "s grace=" + integerPart(watchdog::graceSeconds) +
+           ") countdown=" + integerPart(watchdog::countdownSeconds) +
+           "s grace=" + integerPart(watchdog::graceSeconds) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
@@ -62,7 +63,8 @@ void Engine::logStart() {
     const auto snapshot = settingsCache->snapshot();
     settingsInForce = snapshot.settings;
     settingsVersion_ = snapshot.version;
-    emit("stage-c: settings loaded: " + settingsText(settingsInForce) + " enabled=" + boolText(settingsInForce.enabled()));
+    emit("stage-c: settings loaded: " + settingsText(settingsInForce) +
+         " enabled=" + boolText(settingsInForce.enabled()));
     if (!snapshot.loaded) {
         emit(
             "stage-c: the settings file is slow to read; no automatic shutdown until it has "
@@ -149,7 +151,9 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
 void Engine::soundEmergencyAlarm(MonoTime now) {
     const bool simCounting = sim && sim->state == CountdownState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
-    if (lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds) return;
+    const bool alarmedRecently =
+        lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds;
+    if (alarmedRecently) return;
     lastEmergencyAlarm = now;
     sounder->alarm();
 }
@@ -172,7 +176,8 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real.state != CountdownState::fired || !firedAt || now - *firedAt < watchdog::failsafeSeconds) return;
+    if (real.state != CountdownState::fired || !firedAt) return;
+    if (now - *firedAt < watchdog::failsafeSeconds) return;
     emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs.clear();

@@ -42,8 +42,12 @@ class Engine {
         Kind kind = Kind::unknown;
         std::string detail;  // only `denied` and `failed` carry one
 
-        static PermissionState denied(std::string detail) { return {Kind::denied, std::move(detail)}; }
-        static PermissionState failed(std::string detail) { return {Kind::failed, std::move(detail)}; }
+        static PermissionState denied(std::string detail) {
+            return {Kind::denied, std::move(detail)};
+        }
+        static PermissionState failed(std::string detail) {
+            return {Kind::failed, std::move(detail)};
+        }
         static PermissionState unknown() { return {Kind::unknown, {}}; }
         static PermissionState granted() { return {Kind::granted, {}}; }
         bool operator==(const PermissionState&) const = default;

@@ -25,11 +25,13 @@ void Engine::startSim(MonoTime now) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
     }
-    const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
+    const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds,
+                                    watchdog::staleGapSeconds, false};
     sim.emplace(rehearsal, true);
     simStart = now;
-    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) + "s Stage B lead-in + " +
-         integerPart(watchdog::countdownSeconds) + "s countdown). NO shutdown will be run.");
+    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) +
+         "s Stage B lead-in + " + integerPart(watchdog::countdownSeconds) +
+         "s countdown). NO shutdown will be run.");
 }
 
 void Engine::cancel(MonoTime now) {
@@ -45,8 +47,8 @@ void Engine::cancel(MonoTime now) {
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
             errorMessage.clear();
-            emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(watchdog::graceSeconds) +
-                 "s");
+            emit("stage-c: cancelled before the shutdown ran; grace " +
+                 integerPart(watchdog::graceSeconds) + "s");
             break;
         case CountdownState::fired:
             // Once the shutdown has been called it is not undone.
@@ -62,7 +64,8 @@ void Engine::cancel(MonoTime now) {
 }
 
 void Engine::dismissSim() {
-    if (!sim || sim->state != CountdownState::done) return;  // a running rehearsal is stopped by cancel
+    // A running rehearsal is stopped by cancel.
+    if (!sim || sim->state != CountdownState::done) return;
     emit("stage-c SIMULATION: dismissed");
     sim.reset();
 }
@@ -94,8 +97,9 @@ bool Engine::consent(bool on, Timestamp wallNow) {
 
 bool Engine::setAuto(bool on, Timestamp wallNow) {
     // Changing the switch counts as consent; the first consent time is kept.
-    const auto consentAt =
-        settingsInForce.consentRecorded ? settingsInForce.consentAt : std::optional<std::string>(rfc3339(wallNow));
+    const auto consentAt = settingsInForce.consentRecorded
+                               ? settingsInForce.consentAt
+                               : std::optional<std::string>(rfc3339(wallNow));
     return holdAnswer(Settings{on, true, consentAt}, "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
                           " (consentRecorded=true)");
@@ -109,7 +113,8 @@ bool Engine::holdAnswer(const Settings& answer, const std::string& failurePrefix
     const auto error = settingsCache->keep(answer, kSettingsSaveWait);
     if (error) {
         emit(failurePrefix + error->message);
-        emit("stage-c: the answer holds until quit: autoShutdown=" + boolText(settingsInForce.autoShutdown) +
+        emit("stage-c: the answer holds until quit: autoShutdown=" +
+             boolText(settingsInForce.autoShutdown) +
              " enabled=" + boolText(settingsInForce.enabled()));
     } else {
         emit(savedLine);

@@ -85,10 +85,11 @@ void Engine::runShutdown() {
          std::string(words_.shutdownMechanism) + ")");
     shutdownCalls += 1;
     // Success needs no answer: the machine is going down, and the failsafe covers silence.
-    shutdowner->shutdown([weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
-        const auto self = weak.lock();
-        if (self && error) (*self)->onShutdownFailed(*error);
-    });
+    shutdowner->shutdown(
+        [weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
+            const auto self = weak.lock();
+            if (self && error) (*self)->onShutdownFailed(*error);
+        });
 }
 
 void Engine::logMarkerWrite(const WriteError& error, bool late) {

@@ -12,7 +12,8 @@ namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
     const Countdown& m = shown();
-    const bool leadIn = sim && sim->state == CountdownState::idle && now - simStart < watchdog::simulationLeadInSeconds;
+    const bool leadIn = sim && sim->state == CountdownState::idle &&
+                        now - simStart < watchdog::simulationLeadInSeconds;
     nlohmann::json v = {
         {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},

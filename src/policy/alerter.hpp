@@ -11,7 +11,8 @@ namespace velmora {
 /// as `extreme` and, when enabled, a sustained `extreme` promoted to `blowout`.
 class Alerter {
   public:
-    explicit Alerter(bool promoteSustainedExtreme) : promoteSustainedExtreme(promoteSustainedExtreme) {}
+    explicit Alerter(bool promoteSustainedExtreme)
+        : promoteSustainedExtreme(promoteSustainedExtreme) {}
 
     std::optional<Level> update(std::optional<double> tempC, MonoTime now);
 

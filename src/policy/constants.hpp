@@ -18,6 +18,7 @@ inline constexpr double criticalC = 100;
 // Durations, seconds.
 inline constexpr double hotSustainSeconds = 90;
 inline constexpr double extremeSustainSeconds = 60;
+// Whole seconds. The countdown, its log lines and the stage page's total all read it from here.
 inline constexpr int countdownSeconds = 10;
 inline constexpr double graceSeconds = 300;
 inline constexpr double staleGapSeconds = 5;

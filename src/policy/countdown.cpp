@@ -62,7 +62,8 @@ std::string_view rawValue(CountdownEventKind kind) {
 }
 
 CountdownConfig CountdownConfig::production() {
-    return CountdownConfig{watchdog::countdownSeconds, watchdog::graceSeconds, watchdog::staleGapSeconds, false};
+    return CountdownConfig{watchdog::countdownSeconds, watchdog::graceSeconds,
+                           watchdog::staleGapSeconds, false};
 }
 
 std::vector<CountdownEvent> Countdown::startCountdown(MonoTime now) {
@@ -83,7 +84,8 @@ std::vector<CountdownEvent> Countdown::step(MonoTime now, CountdownInput input) 
     last = now;
     const bool stale = cfg.stale < gap && cfg.stale > 0;
     std::vector<CountdownEvent> events;
-    if (cancelled && input.calm && state != CountdownState::countdown && state != CountdownState::fired) {
+    if (cancelled && input.calm && state != CountdownState::countdown &&
+        state != CountdownState::fired) {
         cancelled = false;
         events.push_back({CountdownEventKind::cooled, 0});
     }
@@ -111,7 +113,8 @@ void Countdown::stepGrace(MonoTime now, CountdownInput input, std::vector<Countd
     if (input.enabled && input.critical) appendStart(now, events);
 }
 
-void Countdown::stepCountdown(MonoTime now, CountdownInput input, bool stale, std::vector<CountdownEvent>& events) {
+void Countdown::stepCountdown(MonoTime now, CountdownInput input, bool stale,
+                              std::vector<CountdownEvent>& events) {
     if (!(input.enabled && input.critical)) {
         state = CountdownState::idle;
         events.push_back({CountdownEventKind::abort, 0});

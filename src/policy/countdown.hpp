@@ -75,7 +75,8 @@ class Countdown {
     bool cancelled = false;
 
   private:
-    void stepCountdown(MonoTime now, CountdownInput input, bool stale, std::vector<CountdownEvent>& events);
+    void stepCountdown(MonoTime now, CountdownInput input, bool stale,
+                       std::vector<CountdownEvent>& events);
     void stepGrace(MonoTime now, CountdownInput input, std::vector<CountdownEvent>& events);
     void appendStart(MonoTime now, std::vector<CountdownEvent>& events);
 };

@@ -75,7 +75,8 @@ TEST_F(EngineShutdown, OtherFailureNamesThePlatformError) {
     queue.runAll();
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{"macOS reported an error: osascript exit 1", false}));
-    EXPECT_EQ(engine->permission, Engine::PermissionState::granted());  // as the countdown's probe left it
+    EXPECT_EQ(engine->permission,
+              Engine::PermissionState::granted());  // as the countdown's probe left it
     EXPECT_EQ(engine->errorMessage, "Could not shut down: osascript exit 1");
 }
 

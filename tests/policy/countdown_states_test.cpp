@@ -142,15 +142,16 @@ TEST(MachineTable, GraceStepAtEndGoesIdleOrStartsAgain) {
 
     Countdown again = counting();
     again.cancel(at(1));
-    EXPECT_EQ(again.step(at(301), kCritical),
-              (Events{ev(CountdownEventKind::graceEnd), ev(CountdownEventKind::countdownStart, 10)}));
+    EXPECT_EQ(again.step(at(301), kCritical), (Events{ev(CountdownEventKind::graceEnd),
+                                                      ev(CountdownEventKind::countdownStart, 10)}));
     EXPECT_EQ(again.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, CooledComesBeforeGraceEnd) {
     Countdown m = counting();
     m.cancel(at(1));
-    EXPECT_EQ(m.step(at(301), kCalm), (Events{ev(CountdownEventKind::cooled), ev(CountdownEventKind::graceEnd)}));
+    EXPECT_EQ(m.step(at(301), kCalm),
+              (Events{ev(CountdownEventKind::cooled), ev(CountdownEventKind::graceEnd)}));
 }
 
 TEST(MachineTable, DoneStepStaysDone) {

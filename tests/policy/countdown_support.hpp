@@ -11,7 +11,8 @@ inline MonoTime at(double seconds) {
 inline constexpr CountdownInput kCritical{.critical = true, .calm = false, .enabled = true};
 inline constexpr CountdownInput kCalm{.critical = false, .calm = true, .enabled = true};
 inline constexpr CountdownInput kWarmNotCalm{.critical = false, .calm = false, .enabled = true};
-inline constexpr CountdownInput kCriticalDisabled{.critical = true, .calm = false, .enabled = false};
+inline constexpr CountdownInput kCriticalDisabled{
+    .critical = true, .calm = false, .enabled = false};
 
 inline CountdownEvent ev(CountdownEventKind kind, std::int64_t remaining = 0) {
     return CountdownEvent{kind, remaining};

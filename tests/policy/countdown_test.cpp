@@ -59,8 +59,8 @@ TEST(Countdown, CancelAtThreeSecondsLeftGracesCoolsAndRestarts) {
     EXPECT_EQ(m.step(at(8), kCalm), (Events{ev(CountdownEventKind::cooled)}));
     EXPECT_FALSE(m.cancelled);
     EXPECT_EQ(m.step(at(306.9), kCritical), Events{});
-    EXPECT_EQ(m.step(at(307), kCritical),
-              (Events{ev(CountdownEventKind::graceEnd), ev(CountdownEventKind::countdownStart, 10)}));
+    EXPECT_EQ(m.step(at(307), kCritical), (Events{ev(CountdownEventKind::graceEnd),
+                                                  ev(CountdownEventKind::countdownStart, 10)}));
     EXPECT_EQ(m.state, CountdownState::countdown);
 }
 
