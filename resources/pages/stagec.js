@@ -37,6 +37,11 @@
   function str(v) { return typeof v === 'string' ? v : ''; }
   function dict(v) { return v && typeof v === 'object' && !Array.isArray(v) ? v : null; }
 
+  // The program sends the countdown's length with every view; 10 is its value, for a view without it.
+  function countdownSeconds(view) {
+    return Math.max(1, D.number(view.totalSecs, 10));
+  }
+
   function secondsLeft(view) {
     const whole = D.number(view.remaining, null);
     if (whole !== null) return Math.max(0, Math.trunc(whole));
@@ -47,7 +52,7 @@
     const sim = bool(view.sim);
     const fired = view.state === 'fired';
     const secs = secondsLeft(view);
-    const total = Math.max(1, D.number(view.totalSecs, 10));
+    const total = countdownSeconds(view);
     // Once the shutdown is called the ring closes around the power symbol.
     const left = fired ? 1 : Math.min(1, Math.max(0, D.number(view.remainingMs, secs * 1000) / (total * 1000)));
     const screen = screens.count;
@@ -94,7 +99,7 @@
   }
 
   function renderConsent(view) {
-    const secs = Math.max(1, D.number(view.totalSecs, 10));
+    const secs = countdownSeconds(view);
     D.setText($('consent-text'), 'When the system reports a critical thermal state, Velmora Heat Monitor can shut '
       + 'this computer down after a ' + secs + '-second countdown that you can always cancel. Unsaved work may be lost.');
     D.setText($('consent-note'), view.thermalNote, '');

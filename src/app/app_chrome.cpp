@@ -50,7 +50,7 @@ void AppController::playUrgentAlert() {
 void AppController::startEmergencyRepeat() {
     stopEmergencyRepeat();
     ui.emergencyRepeatTimer = loop_.startRepeating(
-        SC::bAlarmInterval, guarded([](AppController& app) {
+        watchdog::emergencyAlarmIntervalSeconds, guarded([](AppController& app) {
             if (app.ui.demoStage == AlertStage::emergency && app.shell_.windowVisible()) {
                 app.playUrgentAlert();
             }

@@ -160,8 +160,8 @@ class AppController {
     void dispatch(const std::string& name, const nlohmann::json& body);
     void handleSize(const nlohmann::json& body);
     void handleTheme(const nlohmann::json& body);
-    void handleStageC(const nlohmann::json& body);
-    void runStageC(const std::string& action, const nlohmann::json& body);
+    void handleEmergencyPageMessage(const nlohmann::json& body);
+    void runEmergencyPageAction(const std::string& action, const nlohmann::json& body);
     void handleHeat(const nlohmann::json& body);
     void runHeat(const std::string& action);
     void onUserShutdownResult(const std::optional<ShutdownError>& error);

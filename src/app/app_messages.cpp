@@ -36,7 +36,7 @@ void AppController::dispatch(const std::string& name, const nlohmann::json& body
     if (name == "size") {
         handleSize(body);
     } else if (name == "stagec") {
-        handleStageC(body);
+        handleEmergencyPageMessage(body);
     } else if (name == "theme") {
         handleTheme(body);
     } else if (name == "heat") {
@@ -66,7 +66,7 @@ void AppController::handleTheme(const nlohmann::json& body) {
     log("ui: rejected theme message");
 }
 
-void AppController::handleStageC(const nlohmann::json& body) {
+void AppController::handleEmergencyPageMessage(const nlohmann::json& body) {
     if (!body.is_object()) return;
     const auto action = stringMember(body, "action");
     if (!action) return;
@@ -74,13 +74,13 @@ void AppController::handleStageC(const nlohmann::json& body) {
         log("ui: rejected stagec action '" + *action + "': missing/wrong token");
         return;
     }
-    runStageC(*action, body);
+    runEmergencyPageAction(*action, body);
     // The page may have changed its own controls ahead of the answer: render it again.
     ui.shownRender.clear();
     tick();
 }
 
-void AppController::runStageC(const std::string& action, const nlohmann::json& body) {
+void AppController::runEmergencyPageAction(const std::string& action, const nlohmann::json& body) {
     const auto now = loop_.now();
     if (action == "cancel") {
         engine->cancel(now);
@@ -108,7 +108,7 @@ void AppController::runStageC(const std::string& action, const nlohmann::json& b
     } else if (action == "recheck") {
         engine->probePermission("user pressed Check again", true);
     } else if (action == "dismissPerm") {
-        engine->dismissPerm();
+        engine->dismissPermission();
     } else if (action == "dismissManual") {
         engine->dismissManual();
     } else {

@@ -48,7 +48,7 @@ void AppController::start() {
     logger = std::make_shared<FileLogger>(opts.dataDir);
     if (services_.logMirror) logger->setMirror(services_.logMirror);
     if (services_.connectLog) services_.connectLog(logSink());
-    log("---- " + std::string(SC::appName) + " " + std::string(SC::version) +
+    log("---- " + std::string(watchdog::appName) + " " + std::string(watchdog::version) +
         " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
         " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +
         " dataDir=" + opts.dataDir.string() + ")");
@@ -162,7 +162,7 @@ void AppController::createWindow() {
 void AppController::startEmergencyOrProbe() {
     if (opts.testEmergency) {
         engine->startSim(loop_.now());
-    } else if (engine->set.enabled()) {
+    } else if (engine->settingsInForce.enabled()) {
         engine->probePermission("launch", false);
     }
 }
@@ -235,7 +235,7 @@ std::function<void()> AppController::guarded(std::function<void(AppController&)>
 }
 
 std::string AppController::baseTitle() const {
-    return std::string(SC::appName) + (opts.dryRun ? " · TEST MODE" : "");
+    return std::string(watchdog::appName) + (opts.dryRun ? " · TEST MODE" : "");
 }
 
 }  // namespace velmora

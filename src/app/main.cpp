@@ -64,7 +64,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (asked(args, "--version")) {
-        std::printf("%s\n", std::string(SC::version).c_str());
+        std::printf("%s\n", std::string(watchdog::version).c_str());
         return 0;
     }
     const auto env = PlatformEnvironment::current();

@@ -17,12 +17,13 @@ MenuItem appearanceItem(AppearancePref pref) {
 }  // namespace
 
 std::vector<Submenu> mainMenu() {
-    Submenu application{"",
-                        {
-                            MenuItem{"Settings\u2026", MenuAction::settings, ","},
-                            separatorItem(),
-                            MenuItem{"Quit " + std::string(SC::appName), MenuAction::quit, "q"},
-                        }};
+    Submenu application{
+        "",
+        {
+            MenuItem{"Settings\u2026", MenuAction::settings, ","},
+            separatorItem(),
+            MenuItem{"Quit " + std::string(watchdog::appName), MenuAction::quit, "q"},
+        }};
     Submenu test{"Test",
                  {MenuItem{"Test emergency (simulation, never shuts down)",
                            MenuAction::testEmergency, "t"}}};

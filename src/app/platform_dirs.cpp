@@ -50,7 +50,7 @@ std::optional<std::filesystem::path> defaultDataDir(const PlatformEnvironment& e
 #if defined(__APPLE__)
     const auto home = absoluteBase(env.home);
     if (!home) return std::nullopt;
-    return *home / "Library" / "Application Support" / std::string(SC::appName);
+    return *home / "Library" / "Application Support" / std::string(watchdog::appName);
 #else
     const auto base = xdgBase(env.xdgDataHome, env.home, ".local/share");
     if (!base) return std::nullopt;

@@ -80,8 +80,8 @@ constexpr std::string_view exitStatus =
 }  // namespace
 
 std::string manPage() {
-    std::string page = ".TH VELMORA\\-HEAT\\-MONITOR 1 \"\" \"" + roff(SC::appName) + " " +
-                       roff(SC::version) + "\" \"User Commands\"\n";
+    std::string page = ".TH VELMORA\\-HEAT\\-MONITOR 1 \"\" \"" + roff(watchdog::appName) + " " +
+                       roff(watchdog::version) + "\" \"User Commands\"\n";
     page +=
         ".SH NAME\n"
         "velmora\\-heat\\-monitor \\- heat watchdog that can power the computer off in an "

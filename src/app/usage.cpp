@@ -42,7 +42,7 @@ void appendWrapped(std::string& out, std::string_view words, std::size_t column)
 }  // namespace
 
 std::string usageText() {
-    std::string text = std::string(SC::appName) + " " + std::string(SC::version) +
+    std::string text = std::string(watchdog::appName) + " " + std::string(watchdog::version) +
                        " — watches how hot this computer is and,\n"
                        "with your consent, powers it off in a heat emergency.\n"
                        "\n"

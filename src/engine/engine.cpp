@@ -16,11 +16,12 @@ namespace {
 
 std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     const std::string promotion =
-        alerter.timedStageB ? "ON" : "OFF: only the OS critical state reaches B";
-    return "stage-c: thresholds: stageA=" + integerPart(SC::extremeC) +
-           "C stageB=" + integerPart(SC::criticalC) +
+        alerter.promoteSustainedExtreme ? "ON" : "OFF: only the OS critical state reaches B";
+    return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
+           "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + integerPart(SC::countdownLen) + "s grace=" + integerPart(SC::graceLen) +
+           ") countdown=" + integerPart(watchdog::countdownSeconds) +
+           "s grace=" + integerPart(watchdog::graceSeconds) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
@@ -35,9 +36,9 @@ std::shared_ptr<SettingsCache> readOnceCache(const SettingsStore& store) {
     return cache;
 }
 
-std::string settingsText(const Settings& set) {
-    return "autoShutdown=" + boolText(set.autoShutdown) +
-           " consentRecorded=" + boolText(set.consentRecorded);
+std::string settingsText(const Settings& settings) {
+    return "autoShutdown=" + boolText(settings.autoShutdown) +
+           " consentRecorded=" + boolText(settings.consentRecorded);
 }
 
 }  // namespace
@@ -48,8 +49,8 @@ Engine::Engine(Parts parts, MonoTime now)
       settingsCache(parts.settingsCache ? std::move(parts.settingsCache) : readOnceCache(settings)),
       markers(std::move(parts.markers)),
       markerJobs(markers),
-      sd(std::move(parts.shutdowner)),
-      snd(std::move(parts.sounder)),
+      shutdowner(std::move(parts.shutdowner)),
+      sounder(std::move(parts.sounder)),
       log(std::move(parts.log)),
       alerter(parts.alerter),
       lastNow(now),
@@ -60,9 +61,10 @@ Engine::Engine(Parts parts, MonoTime now)
 
 void Engine::logStart() {
     const auto snapshot = settingsCache->snapshot();
-    set = snapshot.settings;
+    settingsInForce = snapshot.settings;
     settingsVersion_ = snapshot.version;
-    emit("stage-c: settings loaded: " + settingsText(set) + " enabled=" + boolText(set.enabled()));
+    emit("stage-c: settings loaded: " + settingsText(settingsInForce) +
+         " enabled=" + boolText(settingsInForce.enabled()));
     if (!snapshot.loaded) {
         emit(
             "stage-c: the settings file is slow to read; no automatic shutdown until it has "
@@ -84,8 +86,8 @@ void Engine::logStart() {
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
-    reliefHoldUntil = lastNow + SC::reliefHold;
-    emit("stage-c: no countdown for the next " + integerPart(SC::reliefHold) +
+    reliefHoldUntil = lastNow + watchdog::reliefHoldSeconds;
+    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHoldSeconds) +
          "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
@@ -104,18 +106,18 @@ nlohmann::json Engine::tick(MonoTime now) {
     followSettings();  // from memory: the file is read off this thread when it changes
     reportLateMarker();
     const bool critical = level == Level::blowout;
-    const bool enabled = set.enabled() && !reliefHolds(now);
+    const bool enabled = settingsInForce.enabled() && !reliefHolds(now);
     const bool calm = level.has_value() && *level <= Level::warm;
     if (!critical && manual && !realRunning()) {
         emit("stage-c: manual-shutdown notice cleared (no longer critical)");
         manual.reset();
     }
     if (critical && tempC && *tempC > peak) peak = *tempC;
-    if (!critical && real.state == CState::idle) peak = 0;
-    for (const CEvent& event : real.step(now, CInput{critical, calm, enabled})) {
+    if (!critical && real.state == CountdownState::idle) peak = 0;
+    for (const CountdownEvent& event : real.step(now, CountdownInput{critical, calm, enabled})) {
         handle(event, now, false);
     }
-    soundStageBAlarm(now);
+    soundEmergencyAlarm(now);
     logStateChange(now, critical, enabled);
     checkFailsafe(now);
     stepSimulation(now);
@@ -126,10 +128,10 @@ void Engine::followSettings() {
     if (settingsCache->version() == settingsVersion_) return;
     const auto snapshot = settingsCache->snapshot();
     settingsVersion_ = snapshot.version;
-    if (snapshot.settings != set) {
-        set = snapshot.settings;
-        emit("stage-c: settings changed: " + settingsText(set) +
-             " enabled=" + boolText(set.enabled()));
+    if (snapshot.settings != settingsInForce) {
+        settingsInForce = snapshot.settings;
+        emit("stage-c: settings changed: " + settingsText(settingsInForce) +
+             " enabled=" + boolText(settingsInForce.enabled()));
     }
     noteSettingsProblem(snapshot.problem);
 }
@@ -139,32 +141,34 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
     if (problem == settingsProblem_) return;
     if (problem) {
         emit("stage-c: settings file " + settings.url().string() + " " + *problem + "; keeping " +
-             settingsText(set));
+             settingsText(settingsInForce));
     } else {
         emit("stage-c: settings file readable again");
     }
     settingsProblem_ = problem;
 }
 
-void Engine::soundStageBAlarm(MonoTime now) {
-    const bool simCounting = sim && sim->state == CState::countdown;
+void Engine::soundEmergencyAlarm(MonoTime now) {
+    const bool simCounting = sim && sim->state == CountdownState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
-    if (lastB && now - *lastB < SC::bAlarmInterval) return;
-    lastB = now;
-    snd->alarm();
+    const bool alarmedRecently =
+        lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds;
+    if (alarmedRecently) return;
+    lastEmergencyAlarm = now;
+    sounder->alarm();
 }
 
 void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
-    if (real.state != lastSt) {
-        emit("stage-c: state " + std::string(rawValue(lastSt)) + " -> " +
+    if (real.state != lastLoggedState) {
+        emit("stage-c: state " + std::string(rawValue(lastLoggedState)) + " -> " +
              std::string(rawValue(real.state)) + " (thermal=" +
              (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + integerPart(tempC) +
              " level=" + (level ? std::string(label(*level)) : "n/a") +
              " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
-        lastSt = real.state;
+        lastLoggedState = real.state;
         return;
     }
-    if (real.state == CState::countdown && now - lastLog >= kCountdownLogInterval) {
+    if (real.state == CountdownState::countdown && now - lastLog >= kCountdownLogInterval) {
         lastLog = now;
         emit("stage-c: countdown remaining=" + std::to_string(real.remaining(now)) +
              "s peak ladder=" + integerPart(peak));
@@ -172,8 +176,9 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real.state != CState::fired || !firedAt || now - *firedAt < SC::failsafe) return;
-    emit("stage-c: still running " + integerPart(SC::failsafe) +
+    if (real.state != CountdownState::fired || !firedAt) return;
+    if (now - *firedAt < watchdog::failsafeSeconds) return;
+    emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs.clear();
     real.reset();  // idle, no previous step, no pending cancel; deadlines are left
@@ -187,8 +192,8 @@ void Engine::stepSimulation(MonoTime now) {
         sim.reset();
         return;
     }
-    if (now - simStart < SC::simLead) return;
-    for (const CEvent& event : sim->step(now, CInput{true, false, true})) {
+    if (now - simStart < watchdog::simulationLeadInSeconds) return;
+    for (const CountdownEvent& event : sim->step(now, CountdownInput{true, false, true})) {
         handle(event, now, true);
     }
 }

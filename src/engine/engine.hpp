@@ -37,16 +37,20 @@ namespace velmora {
 class Engine {
   public:
     /// What is known of the permission to shut the machine down.
-    struct PermState {
+    struct PermissionState {
         enum class Kind { denied, failed, unknown, granted };
         Kind kind = Kind::unknown;
         std::string detail;  // only `denied` and `failed` carry one
 
-        static PermState denied(std::string detail) { return {Kind::denied, std::move(detail)}; }
-        static PermState failed(std::string detail) { return {Kind::failed, std::move(detail)}; }
-        static PermState unknown() { return {Kind::unknown, {}}; }
-        static PermState granted() { return {Kind::granted, {}}; }
-        bool operator==(const PermState&) const = default;
+        static PermissionState denied(std::string detail) {
+            return {Kind::denied, std::move(detail)};
+        }
+        static PermissionState failed(std::string detail) {
+            return {Kind::failed, std::move(detail)};
+        }
+        static PermissionState unknown() { return {Kind::unknown, {}}; }
+        static PermissionState granted() { return {Kind::granted, {}}; }
+        bool operator==(const PermissionState&) const = default;
     };
 
     /// The "shut down manually" notice after a failed shutdown.
@@ -94,8 +98,8 @@ class Engine {
     /// `view(now)` serialised as compact JSON text.
     std::string viewJson(MonoTime now) const;
     std::string nowText() const;
-    std::string permName() const;
-    std::string permMessage() const;
+    std::string permissionName() const;
+    std::string permissionText() const;
 
     // The user's commands. Each logs one "stage-c" line at least.
     void startSim(MonoTime now);
@@ -103,7 +107,7 @@ class Engine {
     void dismissSim();
     void dismissRelief();
     void dismissManual();
-    void dismissPerm();
+    void dismissPermission();
     void userShutdownFailed(const ShutdownError& error);
     /// The consent page's answer, dated `wallNow`; false (and a log line) when the settings
     /// could not be saved.
@@ -126,35 +130,35 @@ class Engine {
     std::shared_ptr<SettingsCache> settingsCache;
     MarkerStore markers;
     MarkerQueue markerJobs;
-    std::shared_ptr<Shutdowner> sd;
-    std::shared_ptr<Sounder> snd;
+    std::shared_ptr<Shutdowner> shutdowner;
+    std::shared_ptr<Sounder> sounder;
     LogSink log;
-    Settings set;
-    Machine real{CConfig::production(), false};
-    std::optional<Machine> sim;
+    Settings settingsInForce;
+    Countdown real{CountdownConfig::production(), false};
+    std::optional<Countdown> sim;
     Alerter alerter;
     double peak = 0;  // °C, highest reading while stage B held
     std::optional<Relief> relief;
     /// Set at a launch that found the marker: no countdown starts before it.
     std::optional<MonoTime> reliefHoldUntil;
-    std::string errMsg;
+    std::string errorMessage;
     std::optional<Level> level;
     std::optional<double> tempC;
-    std::optional<MonoTime> lastB;
+    std::optional<MonoTime> lastEmergencyAlarm;
     std::optional<MonoTime> firedAt;
-    CState lastSt = CState::idle;
+    CountdownState lastLoggedState = CountdownState::idle;
     MonoTime lastLog = MonoTime::distantPast();
     MonoTime simStart = MonoTime::distantPast();
     MonoTime lastNow;
     std::int64_t shutdownCalls = 0;
-    PermState perm;
-    bool permDismissed = false;
+    PermissionState permission;
+    bool permissionDismissed = false;
     std::optional<ManualFail> manual;
     bool probing = false;
 
   private:
-    void handle(const CEvent& event, MonoTime now, bool simulated);
-    void handleReal(const CEvent& event, MonoTime now);
+    void handle(const CountdownEvent& event, MonoTime now, bool simulated);
+    void handleReal(const CountdownEvent& event, MonoTime now);
     void runShutdown();
     void logMarkerWrite(const WriteError& error, bool late);
     void reportLateMarker();
@@ -167,17 +171,17 @@ class Engine {
     void onProbeResult(const AutomationOutcome& outcome);
     void logStart();
     void stepReal(MonoTime now, bool critical, bool calm, bool enabled);
-    void soundStageBAlarm(MonoTime now);
+    void soundEmergencyAlarm(MonoTime now);
     void logStateChange(MonoTime now, bool critical, bool enabled);
     void checkFailsafe(MonoTime now);
     bool reliefHolds(MonoTime now);
     void stepSimulation(MonoTime now);
     void emit(const std::string& line) const;
     std::string thermalWord() const;
-    const Machine& shown() const { return sim ? *sim : real; }
+    const Countdown& shown() const { return sim ? *sim : real; }
     /// The real countdown is running or the shutdown was called: the emergency owns the stage.
     bool realRunning() const {
-        return real.state == CState::countdown || real.state == CState::fired;
+        return real.state == CountdownState::countdown || real.state == CountdownState::fired;
     }
 
     const PlatformTexts& words_;

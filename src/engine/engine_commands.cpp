@@ -25,11 +25,13 @@ void Engine::startSim(MonoTime now) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
     }
-    const CConfig rehearsal{SC::countdownLen, SC::graceLen, SC::staleGap, false};
+    const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds,
+                                    watchdog::staleGapSeconds, false};
     sim.emplace(rehearsal, true);
     simStart = now;
-    emit("stage-c: SIMULATION started (" + integerPart(SC::simLead) + "s Stage B lead-in + " +
-         integerPart(SC::countdownLen) + "s countdown). NO shutdown will be run.");
+    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) +
+         "s Stage B lead-in + " + integerPart(watchdog::countdownSeconds) +
+         "s countdown). NO shutdown will be run.");
 }
 
 void Engine::cancel(MonoTime now) {
@@ -39,30 +41,31 @@ void Engine::cancel(MonoTime now) {
         return;
     }
     switch (real.state) {
-        case CState::countdown:
+        case CountdownState::countdown:
             emit("stage-c: user pressed Keep working · Cancel during the countdown");
             markerJobs.clear();
             real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
             firedAt.reset();
-            errMsg.clear();
-            emit("stage-c: cancelled before the shutdown ran; grace " + integerPart(SC::graceLen) +
-                 "s");
+            errorMessage.clear();
+            emit("stage-c: cancelled before the shutdown ran; grace " +
+                 integerPart(watchdog::graceSeconds) + "s");
             break;
-        case CState::fired:
+        case CountdownState::fired:
             // Once the shutdown has been called it is not undone.
-            errMsg = std::string(words_.tooLateToCancel);
+            errorMessage = std::string(words_.tooLateToCancel);
             emit(std::string(words_.cancelRefusedLog));
             break;
-        case CState::idle:
-        case CState::grace:
-        case CState::done:
+        case CountdownState::idle:
+        case CountdownState::grace:
+        case CountdownState::done:
             emit("stage-c: cancel ignored (state " + std::string(rawValue(real.state)) + ")");
             break;
     }
 }
 
 void Engine::dismissSim() {
-    if (!sim || sim->state != CState::done) return;  // a running rehearsal is stopped by cancel
+    // A running rehearsal is stopped by cancel.
+    if (!sim || sim->state != CountdownState::done) return;
     emit("stage-c SIMULATION: dismissed");
     sim.reset();
 }
@@ -77,8 +80,8 @@ void Engine::dismissManual() {
     emit("stage-c: manual-shutdown notice dismissed");
 }
 
-void Engine::dismissPerm() {
-    permDismissed = true;  // for this run only; never saved
+void Engine::dismissPermission() {
+    permissionDismissed = true;  // for this run only; never saved
     emit("stage-c: permission notice dismissed for this run");
 }
 
@@ -94,8 +97,9 @@ bool Engine::consent(bool on, Timestamp wallNow) {
 
 bool Engine::setAuto(bool on, Timestamp wallNow) {
     // Changing the switch counts as consent; the first consent time is kept.
-    const auto consentAt =
-        set.consentRecorded ? set.consentAt : std::optional<std::string>(rfc3339(wallNow));
+    const auto consentAt = settingsInForce.consentRecorded
+                               ? settingsInForce.consentAt
+                               : std::optional<std::string>(rfc3339(wallNow));
     return holdAnswer(Settings{on, true, consentAt}, "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
                           " (consentRecorded=true)");
@@ -105,16 +109,17 @@ bool Engine::setAuto(bool on, Timestamp wallNow) {
 // be overruled by an older "yes" on disk.
 bool Engine::holdAnswer(const Settings& answer, const std::string& failurePrefix,
                         const std::string& savedLine) {
-    set = answer;
+    settingsInForce = answer;
     const auto error = settingsCache->keep(answer, kSettingsSaveWait);
     if (error) {
         emit(failurePrefix + error->message);
-        emit("stage-c: the answer holds until quit: autoShutdown=" + boolText(set.autoShutdown) +
-             " enabled=" + boolText(set.enabled()));
+        emit("stage-c: the answer holds until quit: autoShutdown=" +
+             boolText(settingsInForce.autoShutdown) +
+             " enabled=" + boolText(settingsInForce.enabled()));
     } else {
         emit(savedLine);
     }
-    if (set.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
+    if (settingsInForce.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
     return !error;
 }
 

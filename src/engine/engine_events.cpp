@@ -18,7 +18,7 @@ constexpr std::chrono::milliseconds kMarkerWait{500};
 
 }  // namespace
 
-void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
+void Engine::handle(const CountdownEvent& event, MonoTime now, bool simulated) {
     emit(std::string(simulated ? "stage-c SIMULATION" : "stage-c") + ": event " +
          std::string(rawValue(event.kind)) + " remaining=" + std::to_string(event.remaining));
     if (!simulated) {
@@ -26,45 +26,45 @@ void Engine::handle(const CEvent& event, MonoTime now, bool simulated) {
         return;
     }
     switch (event.kind) {
-        case CEventKind::simComplete:
+        case CountdownEventKind::simComplete:
             emit("stage-c SIMULATION: complete. shutdown was NOT called.");
             break;
-        case CEventKind::countdownStart:
-            snd->urgent();
+        case CountdownEventKind::countdownStart:
+            sounder->urgent();
             break;
-        case CEventKind::cue:
-            snd->tick();
+        case CountdownEventKind::cue:
+            sounder->tick();
             break;
         default:
             break;  // a rehearsal has no other effects
     }
 }
 
-void Engine::handleReal(const CEvent& event, MonoTime now) {
+void Engine::handleReal(const CountdownEvent& event, MonoTime now) {
     switch (event.kind) {
-        case CEventKind::countdownStart:
-            errMsg.clear();
+        case CountdownEventKind::countdownStart:
+            errorMessage.clear();
             manual.reset();
-            snd->urgent();
+            sounder->urgent();
             probePermission("countdown start", false);
             break;
-        case CEventKind::cue:
-            snd->tick();
+        case CountdownEventKind::cue:
+            sounder->tick();
             break;
-        case CEventKind::fire:
+        case CountdownEventKind::fire:
             firedAt = now;
             runShutdown();
             break;
-        case CEventKind::abort:
-        case CEventKind::stale:
+        case CountdownEventKind::abort:
+        case CountdownEventKind::stale:
             markerJobs.clear();
             break;
-        case CEventKind::cooled:
+        case CountdownEventKind::cooled:
             relief = Relief{peak, true};
             break;
-        case CEventKind::simComplete:
-        case CEventKind::cancel:
-        case CEventKind::graceEnd:
+        case CountdownEventKind::simComplete:
+        case CountdownEventKind::cancel:
+        case CountdownEventKind::graceEnd:
             break;
     }
 }
@@ -85,10 +85,11 @@ void Engine::runShutdown() {
          std::string(words_.shutdownMechanism) + ")");
     shutdownCalls += 1;
     // Success needs no answer: the machine is going down, and the failsafe covers silence.
-    sd->shutdown([weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
-        const auto self = weak.lock();
-        if (self && error) (*self)->onShutdownFailed(*error);
-    });
+    shutdowner->shutdown(
+        [weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
+            const auto self = weak.lock();
+            if (self && error) (*self)->onShutdownFailed(*error);
+        });
 }
 
 void Engine::logMarkerWrite(const WriteError& error, bool late) {
@@ -112,18 +113,18 @@ void Engine::onShutdownFailed(const ShutdownError& error) {
     emit("stage-c: ERROR shutdown failed: " + error.description() +
          "; clearing marker; telling the user to shut down manually");
     markerJobs.clear();  // after the write, however slow that is
-    errMsg = "Could not shut down: " + error.description();
+    errorMessage = "Could not shut down: " + error.description();
     noteFailure(error);
     // The latest tick's time, not the completion's: grace is measured on the tick clock.
     real.shutdownFailed(lastNow);
     firedAt.reset();
-    snd->urgent();
+    sounder->urgent();
 }
 
 void Engine::noteFailure(const ShutdownError& error) {
     if (error.kind == ShutdownError::Kind::denied) {
-        perm = PermState::denied(error.text);
-        permDismissed = false;
+        permission = PermissionState::denied(error.text);
+        permissionDismissed = false;
         manual = ManualFail{std::string(words_.permissionMessage), true};
         return;
     }
@@ -131,11 +132,11 @@ void Engine::noteFailure(const ShutdownError& error) {
 }
 
 void Engine::probePermission(const std::string& reason, bool user) {
-    if (user) permDismissed = false;  // the user asked: show the answer again
+    if (user) permissionDismissed = false;  // the user asked: show the answer again
     if (probing) return;
     probing = true;
     emit("stage-c: automation permission probe (" + reason + ")");
-    sd->probe([weak = std::weak_ptr<Engine*>(self_)](const AutomationOutcome& outcome) {
+    shutdowner->probe([weak = std::weak_ptr<Engine*>(self_)](const AutomationOutcome& outcome) {
         if (const auto self = weak.lock()) (*self)->onProbeResult(outcome);
     });
 }
@@ -144,16 +145,16 @@ void Engine::onProbeResult(const AutomationOutcome& outcome) {
     probing = false;
     switch (outcome.kind) {
         case AutomationOutcome::Kind::denied:
-            perm = PermState::denied(outcome.text);
+            permission = PermissionState::denied(outcome.text);
             emit("stage-c: automation permission: DENIED (" + outcome.text + ")");
             break;
         case AutomationOutcome::Kind::failed:
-            perm = PermState::failed(outcome.text);
+            permission = PermissionState::failed(outcome.text);
             emit("stage-c: automation permission: probe failed (" + outcome.text + ")");
             break;
         case AutomationOutcome::Kind::granted:
-            perm = PermState::granted();
-            permDismissed = false;
+            permission = PermissionState::granted();
+            permissionDismissed = false;
             emit("stage-c: automation permission: granted");
             break;
     }

@@ -11,30 +11,31 @@
 namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
-    const Machine& m = shown();
-    const bool leadIn = sim && sim->state == CState::idle && now - simStart < SC::simLead;
+    const Countdown& m = shown();
+    const bool leadIn = sim && sim->state == CountdownState::idle &&
+                        now - simStart < watchdog::simulationLeadInSeconds;
     nlohmann::json v = {
-        {"version", std::string(SC::version)},
+        {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
-        {"totalSecs", SC::totalSecs},
+        {"totalSecs", watchdog::countdownSeconds},
         {"sim", sim.has_value()},
-        {"simDone", sim && sim->state == CState::done},
+        {"simDone", sim && sim->state == CountdownState::done},
         {"lead", leadIn},
-        {"autoShutdown", set.autoShutdown},
-        {"consentNeeded", !set.consentRecorded},
+        {"autoShutdown", settingsInForce.autoShutdown},
+        {"consentNeeded", !settingsInForce.consentRecorded},
         {"temp", thermalWord()},
         {"level", sim ? rawValue(Level::blowout) : (level ? rawValue(*level) : -1)},
         {"stage", sim ? std::string(label(Level::blowout))
                       : (level ? std::string(label(*level)) : std::string("n/a"))},
         {"nowTxt", nowText()},
-        {"err", errMsg},
+        {"err", errorMessage},
         {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now))},
-        {"autoEnabled", set.enabled()},
-        {"permState", permName()},
-        {"permMsg", permMessage()},
-        {"permDismissed", permDismissed},
+        {"autoEnabled", settingsInForce.enabled()},
+        {"permState", permissionName()},
+        {"permMsg", permissionText()},
+        {"permDismissed", permissionDismissed},
         {"thermalNote", std::string(words_.thermalNote)},
     };
     if (manual) v["manual"] = {{"reason", manual->reason}, {"perm", manual->permission}};
@@ -62,28 +63,28 @@ std::string Engine::nowText() const {
     return std::string(stateName(*level)) + " · " + std::string(label(*level));
 }
 
-std::string Engine::permName() const {
-    switch (perm.kind) {
-        case PermState::Kind::denied:
+std::string Engine::permissionName() const {
+    switch (permission.kind) {
+        case PermissionState::Kind::denied:
             return "denied";
-        case PermState::Kind::failed:
+        case PermissionState::Kind::failed:
             return "failed";
-        case PermState::Kind::unknown:
+        case PermissionState::Kind::unknown:
             return "unknown";
-        case PermState::Kind::granted:
+        case PermissionState::Kind::granted:
             return "granted";
     }
     return "unknown";
 }
 
-std::string Engine::permMessage() const {
-    switch (perm.kind) {
-        case PermState::Kind::denied:
+std::string Engine::permissionText() const {
+    switch (permission.kind) {
+        case PermissionState::Kind::denied:
             return std::string(words_.permissionMessage);
-        case PermState::Kind::failed:
-            return std::string(words_.permissionCheckFailedPrefix) + perm.detail;
-        case PermState::Kind::unknown:
-        case PermState::Kind::granted:
+        case PermissionState::Kind::failed:
+            return std::string(words_.permissionCheckFailedPrefix) + permission.detail;
+        case PermissionState::Kind::unknown:
+        case PermissionState::Kind::granted:
             return "";
     }
     return "";

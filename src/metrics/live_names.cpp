@@ -22,7 +22,7 @@ std::string_view thermalName(ThermalState state) {
 
 Level liveLevel(ThermalState state) {
     const auto celsius = thermalStateToC(state);
-    return band(celsius ? *celsius : SC::criticalC + 8.0);
+    return band(celsius ? *celsius : watchdog::criticalC + 8.0);
 }
 
 std::string_view stageKey(Level level) {

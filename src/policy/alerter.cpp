@@ -7,28 +7,28 @@ namespace velmora {
 std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) {
     if (!tempC) {
         hotSince.reset();
-        extSince.reset();
+        extremeSince.reset();
         return std::nullopt;
     }
     const Level cls = band(*tempC);
     if (cls <= Level::warm) {
         hotSince.reset();
-        extSince.reset();
+        extremeSince.reset();
         return cls;
     }
     if (!hotSince) hotSince = now;
-    if (cls == Level::blowout) return Level::blowout;  // leaves extSince running
-    if (cls == Level::hot && now - *hotSince < SC::hotSustainT1) {
-        extSince.reset();
+    if (cls == Level::blowout) return Level::blowout;  // leaves extremeSince running
+    if (cls == Level::hot && now - *hotSince < watchdog::hotSustainSeconds) {
+        extremeSince.reset();
         return Level::hot;
     }
-    return stageA(now);
+    return extremeOrPromoted(now);
 }
 
-Level Alerter::stageA(MonoTime now) {
-    if (!extSince) extSince = now;
-    if (!timedStageB) return Level::extreme;
-    return now - *extSince >= SC::extremeT2 ? Level::blowout : Level::extreme;
+Level Alerter::extremeOrPromoted(MonoTime now) {
+    if (!extremeSince) extremeSince = now;
+    if (!promoteSustainedExtreme) return Level::extreme;
+    return now - *extremeSince >= watchdog::extremeSustainSeconds ? Level::blowout : Level::extreme;
 }
 
 }  // namespace velmora

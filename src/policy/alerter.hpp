@@ -11,16 +11,17 @@ namespace velmora {
 /// as `extreme` and, when enabled, a sustained `extreme` promoted to `blowout`.
 class Alerter {
   public:
-    explicit Alerter(bool timedStageB) : timedStageB(timedStageB) {}
+    explicit Alerter(bool promoteSustainedExtreme)
+        : promoteSustainedExtreme(promoteSustainedExtreme) {}
 
     std::optional<Level> update(std::optional<double> tempC, MonoTime now);
 
     std::optional<MonoTime> hotSince;
-    std::optional<MonoTime> extSince;
-    const bool timedStageB;
+    std::optional<MonoTime> extremeSince;
+    const bool promoteSustainedExtreme;
 
   private:
-    Level stageA(MonoTime now);
+    Level extremeOrPromoted(MonoTime now);
 };
 
 }  // namespace velmora

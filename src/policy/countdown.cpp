@@ -21,157 +21,160 @@ std::int64_t wholeSecondsOrThrow(double seconds) {
 
 }  // namespace
 
-std::string_view rawValue(CState state) {
+std::string_view rawValue(CountdownState state) {
     switch (state) {
-        case CState::idle:
+        case CountdownState::idle:
             return "idle";
-        case CState::countdown:
+        case CountdownState::countdown:
             return "countdown";
-        case CState::fired:
+        case CountdownState::fired:
             return "fired";
-        case CState::grace:
+        case CountdownState::grace:
             return "grace";
-        case CState::done:
+        case CountdownState::done:
             return "done";
     }
     return "idle";
 }
 
-std::string_view rawValue(CEventKind kind) {
+std::string_view rawValue(CountdownEventKind kind) {
     switch (kind) {
-        case CEventKind::countdownStart:
+        case CountdownEventKind::countdownStart:
             return "countdown-start";
-        case CEventKind::cue:
+        case CountdownEventKind::cue:
             return "cue";
-        case CEventKind::fire:
+        case CountdownEventKind::fire:
             return "fire";
-        case CEventKind::simComplete:
+        case CountdownEventKind::simComplete:
             return "sim-complete";
-        case CEventKind::cancel:
+        case CountdownEventKind::cancel:
             return "cancel";
-        case CEventKind::abort:
+        case CountdownEventKind::abort:
             return "abort";
-        case CEventKind::graceEnd:
+        case CountdownEventKind::graceEnd:
             return "grace-end";
-        case CEventKind::cooled:
+        case CountdownEventKind::cooled:
             return "cooled";
-        case CEventKind::stale:
+        case CountdownEventKind::stale:
             return "stale-restart";
     }
     return "cue";
 }
 
-CConfig CConfig::production() {
-    return CConfig{SC::countdownLen, SC::graceLen, SC::staleGap, false};
+CountdownConfig CountdownConfig::production() {
+    return CountdownConfig{watchdog::countdownSeconds, watchdog::graceSeconds,
+                           watchdog::staleGapSeconds, false};
 }
 
-std::vector<CEvent> Machine::startCountdown(MonoTime now) {
+std::vector<CountdownEvent> Countdown::startCountdown(MonoTime now) {
     const std::int64_t whole = wholeSecondsOrThrow(cfg.countdown);
-    state = CState::countdown;
+    state = CountdownState::countdown;
     deadline = now + cfg.countdown;
     lastCue = whole;
-    return {CEvent{CEventKind::countdownStart, remaining(now)}};
+    return {CountdownEvent{CountdownEventKind::countdownStart, remaining(now)}};
 }
 
-void Machine::appendStart(MonoTime now, std::vector<CEvent>& events) {
+void Countdown::appendStart(MonoTime now, std::vector<CountdownEvent>& events) {
     const auto started = startCountdown(now);
     events.insert(events.end(), started.begin(), started.end());
 }
 
-std::vector<CEvent> Machine::step(MonoTime now, CInput input) {
+std::vector<CountdownEvent> Countdown::step(MonoTime now, CountdownInput input) {
     const double gap = last ? now - *last : 0.0;
     last = now;
     const bool stale = cfg.stale < gap && cfg.stale > 0;
-    std::vector<CEvent> events;
-    if (cancelled && input.calm && state != CState::countdown && state != CState::fired) {
+    std::vector<CountdownEvent> events;
+    if (cancelled && input.calm && state != CountdownState::countdown &&
+        state != CountdownState::fired) {
         cancelled = false;
-        events.push_back({CEventKind::cooled, 0});
+        events.push_back({CountdownEventKind::cooled, 0});
     }
     switch (state) {
-        case CState::fired:
-        case CState::done:
+        case CountdownState::fired:
+        case CountdownState::done:
             break;
-        case CState::grace:
+        case CountdownState::grace:
             stepGrace(now, input, events);
             break;
-        case CState::idle:
+        case CountdownState::idle:
             if (input.enabled && input.critical) appendStart(now, events);
             break;
-        case CState::countdown:
+        case CountdownState::countdown:
             stepCountdown(now, input, stale, events);
             break;
     }
     return events;
 }
 
-void Machine::stepGrace(MonoTime now, CInput input, std::vector<CEvent>& events) {
+void Countdown::stepGrace(MonoTime now, CountdownInput input, std::vector<CountdownEvent>& events) {
     if (now < graceUntil) return;
-    state = CState::idle;
-    events.push_back({CEventKind::graceEnd, 0});
+    state = CountdownState::idle;
+    events.push_back({CountdownEventKind::graceEnd, 0});
     if (input.enabled && input.critical) appendStart(now, events);
 }
 
-void Machine::stepCountdown(MonoTime now, CInput input, bool stale, std::vector<CEvent>& events) {
+void Countdown::stepCountdown(MonoTime now, CountdownInput input, bool stale,
+                              std::vector<CountdownEvent>& events) {
     if (!(input.enabled && input.critical)) {
-        state = CState::idle;
-        events.push_back({CEventKind::abort, 0});
+        state = CountdownState::idle;
+        events.push_back({CountdownEventKind::abort, 0});
         return;
     }
     if (stale) {
-        events.push_back({CEventKind::stale, 0});
+        events.push_back({CountdownEventKind::stale, 0});
         appendStart(now, events);
         return;
     }
     if (!(now < deadline)) {
-        state = sim ? CState::done : CState::fired;
-        events.push_back({sim ? CEventKind::simComplete : CEventKind::fire, 0});
+        state = sim ? CountdownState::done : CountdownState::fired;
+        events.push_back({sim ? CountdownEventKind::simComplete : CountdownEventKind::fire, 0});
         return;
     }
     const std::int64_t r = remaining(now);
     if (r >= lastCue) return;
-    const bool due = std::any_of(SC::cueSeconds.begin(), SC::cueSeconds.end(),
+    const bool due = std::any_of(watchdog::cueSeconds.begin(), watchdog::cueSeconds.end(),
                                  [&](int c) { return r <= c && c < lastCue; });
     lastCue = r;
-    if (due) events.push_back({CEventKind::cue, r});
+    if (due) events.push_back({CountdownEventKind::cue, r});
 }
 
-std::vector<CEvent> Machine::cancel(MonoTime now) {
+std::vector<CountdownEvent> Countdown::cancel(MonoTime now) {
     const bool cancellable =
-        state == CState::countdown || (state == CState::fired && cfg.firedCancel);
+        state == CountdownState::countdown || (state == CountdownState::fired && cfg.firedCancel);
     if (!cancellable) return {};
-    state = CState::grace;
+    state = CountdownState::grace;
     graceUntil = now + cfg.grace;
     cancelled = true;
-    return {CEvent{CEventKind::cancel, 0}};
+    return {CountdownEvent{CountdownEventKind::cancel, 0}};
 }
 
-void Machine::shutdownFailed(MonoTime now) {
-    if (state != CState::fired) return;
-    state = CState::grace;
+void Countdown::shutdownFailed(MonoTime now) {
+    if (state != CountdownState::fired) return;
+    state = CountdownState::grace;
     graceUntil = now + cfg.grace;
 }
 
-void Machine::reset() {
-    state = CState::idle;
+void Countdown::reset() {
+    state = CountdownState::idle;
     last.reset();
     cancelled = false;
 }
 
-std::int64_t Machine::remaining(MonoTime now) const {
-    if (state != CState::countdown) return 0;
+std::int64_t Countdown::remaining(MonoTime now) const {
+    if (state != CountdownState::countdown) return 0;
     const double s = deadline - now;
     if (s <= 0) return 0;
     return static_cast<std::int64_t>(std::ceil(s));
 }
 
-std::int64_t Machine::remainingMs(MonoTime now) const {
-    if (state != CState::countdown) return 0;
+std::int64_t Countdown::remainingMs(MonoTime now) const {
+    if (state != CountdownState::countdown) return 0;
     const auto ms = std::llround((deadline - now) * 1000.0);
     return std::max<std::int64_t>(ms, 0);
 }
 
-double Machine::graceLeft(MonoTime now) const {
-    if (state != CState::grace) return 0;
+double Countdown::graceLeft(MonoTime now) const {
+    if (state != CountdownState::grace) return 0;
     return now < graceUntil ? graceUntil - now : 0;
 }
 

@@ -9,10 +9,10 @@
 
 namespace velmora {
 
-enum class CState { idle, countdown, fired, grace, done };
-std::string_view rawValue(CState state);
+enum class CountdownState { idle, countdown, fired, grace, done };
+std::string_view rawValue(CountdownState state);
 
-enum class CEventKind {
+enum class CountdownEventKind {
     countdownStart,
     cue,
     fire,
@@ -23,25 +23,25 @@ enum class CEventKind {
     cooled,
     stale
 };
-std::string_view rawValue(CEventKind kind);
+std::string_view rawValue(CountdownEventKind kind);
 
-struct CEvent {
-    CEventKind kind = CEventKind::cue;
+struct CountdownEvent {
+    CountdownEventKind kind = CountdownEventKind::cue;
     std::int64_t remaining = 0;  // only countdownStart and cue carry seconds
-    bool operator==(const CEvent&) const = default;
+    bool operator==(const CountdownEvent&) const = default;
 };
 
-struct CConfig {
+struct CountdownConfig {
     double countdown = 0;
     double grace = 0;
     double stale = 0;  // 0 or less switches the stale rule off
     bool firedCancel = false;
 
-    static CConfig production();
-    bool operator==(const CConfig&) const = default;
+    static CountdownConfig production();
+    bool operator==(const CountdownConfig&) const = default;
 };
 
-struct CInput {
+struct CountdownInput {
     bool critical = false;
     bool calm = false;
     bool enabled = false;
@@ -49,15 +49,15 @@ struct CInput {
 
 /// The emergency countdown. It only decides: the engine performs the effects of its events,
 /// in the order they are returned.
-class Machine {
+class Countdown {
   public:
-    Machine(CConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
+    Countdown(CountdownConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
 
-    std::vector<CEvent> step(MonoTime now, CInput input);
+    std::vector<CountdownEvent> step(MonoTime now, CountdownInput input);
     /// Throws std::invalid_argument when the configured length is not a finite whole-number
     /// range: a countdown of unknown length must never start quietly.
-    std::vector<CEvent> startCountdown(MonoTime now);
-    std::vector<CEvent> cancel(MonoTime now);
+    std::vector<CountdownEvent> startCountdown(MonoTime now);
+    std::vector<CountdownEvent> cancel(MonoTime now);
     void shutdownFailed(MonoTime now);
     void reset();
 
@@ -65,8 +65,8 @@ class Machine {
     std::int64_t remainingMs(MonoTime now) const;
     double graceLeft(MonoTime now) const;
 
-    CState state = CState::idle;
-    const CConfig cfg;
+    CountdownState state = CountdownState::idle;
+    const CountdownConfig cfg;
     const bool sim;
     std::optional<MonoTime> last;
     MonoTime deadline = MonoTime::distantPast();
@@ -75,9 +75,10 @@ class Machine {
     bool cancelled = false;
 
   private:
-    void stepCountdown(MonoTime now, CInput input, bool stale, std::vector<CEvent>& events);
-    void stepGrace(MonoTime now, CInput input, std::vector<CEvent>& events);
-    void appendStart(MonoTime now, std::vector<CEvent>& events);
+    void stepCountdown(MonoTime now, CountdownInput input, bool stale,
+                       std::vector<CountdownEvent>& events);
+    void stepGrace(MonoTime now, CountdownInput input, std::vector<CountdownEvent>& events);
+    void appendStart(MonoTime now, std::vector<CountdownEvent>& events);
 };
 
 }  // namespace velmora

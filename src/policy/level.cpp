@@ -42,10 +42,10 @@ std::string_view stateName(Level level) {
 
 Level band(double celsius) {
     // Every comparison is false for NaN, which therefore lands on `ok`.
-    if (celsius >= SC::criticalC) return Level::blowout;
-    if (celsius >= SC::extremeC) return Level::extreme;
-    if (celsius >= SC::hotC) return Level::hot;
-    if (celsius >= SC::warmC) return Level::warm;
+    if (celsius >= watchdog::criticalC) return Level::blowout;
+    if (celsius >= watchdog::extremeC) return Level::extreme;
+    if (celsius >= watchdog::hotC) return Level::hot;
+    if (celsius >= watchdog::warmC) return Level::warm;
     return Level::ok;
 }
 

@@ -30,14 +30,15 @@ TEST(MuteSounder, WritesOneLinePerCueAndPlaysNothing) {
 TEST(MuteSounder, OneCountdownSecondGivesExactlyOneTickLine) {
     testing::LogRecorder log;
     MuteSounder sounder(log.sink());
-    Machine machine(CConfig::production(), false);
+    Countdown countdown(CountdownConfig::production(), false);
     const MonoTime start = MonoTime::fromSeconds(1000);
-    static_cast<void>(machine.startCountdown(start));
+    static_cast<void>(countdown.startCountdown(start));
     std::size_t linesBefore = 0;
     for (int quarter = 1; quarter <= 20; ++quarter) {
         if (quarter == 17) linesBefore = log.lines().size();
-        for (const CEvent& event : machine.step(start + quarter * 0.25, {true, false, true})) {
-            if (event.kind == CEventKind::cue) sounder.tick();
+        for (const CountdownEvent& event :
+             countdown.step(start + quarter * 0.25, {true, false, true})) {
+            if (event.kind == CountdownEventKind::cue) sounder.tick();
         }
     }
     const Lines lines = log.lines();

@@ -46,17 +46,17 @@ TEST(PageBridge, MessagesActOnlyOnceTheLoopRuns) {
     EXPECT_EQ(h.app->ui.mode, UIMode::settings);
 }
 
-TEST(PageBridge, StageCWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
+TEST(PageBridge, EmergencyPageMessageWithoutTokenIsRejectedAndTheEngineIsNotCalled) {
     AppHarness h;
     h.launch();
     const auto rendersBefore = h.renders().size();
     h.send("stagec", json{{"action", "consent"}, {"on", true}});
     EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
-    EXPECT_FALSE(h.app->engine->set.consentRecorded);
+    EXPECT_FALSE(h.app->engine->settingsInForce.consentRecorded);
     EXPECT_EQ(h.renders().size(), rendersBefore);  // no tick either
 }
 
-TEST(PageBridge, StageCWithTheTokenInAnotherLetterCaseIsRejected) {
+TEST(PageBridge, EmergencyPageMessageWithTheTokenInAnotherLetterCaseIsRejected) {
     AppHarness h;
     h.launch();
     std::string lower = h.app->token;
@@ -64,10 +64,10 @@ TEST(PageBridge, StageCWithTheTokenInAnotherLetterCaseIsRejected) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     h.send("stagec", json{{"action", "consent"}, {"on", true}, {"token", lower}});
     EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
-    EXPECT_FALSE(h.app->engine->set.consentRecorded);
+    EXPECT_FALSE(h.app->engine->settingsInForce.consentRecorded);
 }
 
-TEST(PageBridge, StageCBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {
+TEST(PageBridge, EmergencyPageMessageBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {
     AppHarness h;
     h.launch();
     const auto lines = h.logLines().size();
@@ -87,7 +87,7 @@ TEST(PageBridge, HeatBareStringShutdownIsRejected) {
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 0);
 }
 
-TEST(PageBridge, UnknownStageCActionIsLoggedAndThePageStillRendered) {
+TEST(PageBridge, UnknownEmergencyPageActionIsLoggedAndThePageStillRendered) {
     AppHarness h;
     h.launch();  // consent page: every tick renders
     const auto rendersBefore = h.renders().size();

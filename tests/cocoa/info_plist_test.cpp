@@ -40,8 +40,8 @@ TEST(InfoPlist, TheBundleIdentifierIsTheOneTheAppearanceKeyIsBuiltOn) {
 
 TEST(InfoPlist, TheVersionIsTheProgramsVersion) {
     const auto plist = plistText();
-    EXPECT_EQ(stringFor(plist, "CFBundleShortVersionString"), std::string(SC::version));
-    EXPECT_EQ(stringFor(plist, "CFBundleVersion"), std::string(SC::version));
+    EXPECT_EQ(stringFor(plist, "CFBundleShortVersionString"), std::string(watchdog::version));
+    EXPECT_EQ(stringFor(plist, "CFBundleVersion"), std::string(watchdog::version));
 }
 
 TEST(InfoPlist, TheAutomationPromptExplainsWhySystemEventsIsControlled) {

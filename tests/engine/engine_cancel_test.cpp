@@ -19,7 +19,7 @@ class EngineCancel : public EngineScenario {
 
     void fire() {
         tickThrough(0, 10);
-        ASSERT_EQ(engine->real.state, CState::fired);
+        ASSERT_EQ(engine->real.state, CountdownState::fired);
         takeLines();
     }
 };
@@ -35,7 +35,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
                                "stage-c: cancelled before the shutdown ran; grace 300s",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CState::grace);
+    EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(engine->view(at(7))["graceSecs"], 300);
     EXPECT_TRUE(sounder->sounds.empty());  // the machine's cancel event is not acted on
     tickAt(7.25);
@@ -60,13 +60,13 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
 TEST_F(EngineCancel, CancelWithASimulationPresentStopsOnlyTheSimulation) {
     tickThrough(0, 3);
     // A tick never lets both run; the page's cancel may still race a takeover.
-    engine->sim.emplace(CConfig::production(), true);
+    engine->sim.emplace(CountdownConfig::production(), true);
     takeLines();
     engine->cancel(at(3.1));
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c SIMULATION: cancelled/stopped by user"}));
     EXPECT_FALSE(engine->simActive());
-    EXPECT_EQ(engine->real.state, CState::countdown);
+    EXPECT_EQ(engine->real.state, CountdownState::countdown);
     EXPECT_EQ(engine->real.deadline, at(10));
 }
 
@@ -77,10 +77,10 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
                                "stage-c: cancel refused: the shutdown call already ran (no way to "
                                "abort on macOS)",
                            }));
-    EXPECT_EQ(engine->errMsg, "Too late to cancel: your Mac is already shutting down.");
-    EXPECT_EQ(engine->real.state, CState::fired);
+    EXPECT_EQ(engine->errorMessage, "Too late to cancel: your Mac is already shutting down.");
+    EXPECT_EQ(engine->real.state, CountdownState::fired);
     EXPECT_TRUE(markerExists());
-    EXPECT_EQ(engine->view(at(10.1))["err"], engine->errMsg);
+    EXPECT_EQ(engine->view(at(10.1))["err"], engine->errorMessage);
 }
 
 TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
@@ -89,7 +89,7 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
     fire();
     engine->cancel(at(10.1));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{std::string(linuxTexts.cancelRefusedLog)}));
-    EXPECT_EQ(engine->errMsg, "Too late to cancel: this computer is already shutting down.");
+    EXPECT_EQ(engine->errorMessage, "Too late to cancel: this computer is already shutting down.");
 }
 
 TEST_F(EngineCancel, CancelWhenIdleOrInGraceIsIgnored) {
@@ -143,7 +143,7 @@ TEST_F(EngineCancel, StartSimWhenIdleIsAccepted) {
     tickAt(0);
     engine->startSim(at(0.5));
     EXPECT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->sim->cfg, CConfig::production());
+    EXPECT_EQ(engine->sim->cfg, CountdownConfig::production());
     EXPECT_TRUE(engine->sim->sim);
 }
 
@@ -155,7 +155,7 @@ TEST_F(EngineCancel, DismissSimDuringARunningSimulationDoesNothing) {
     engine->dismissSim();
     EXPECT_TRUE(takeLines().empty());
     ASSERT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->sim->state, CState::countdown);
+    EXPECT_EQ(engine->sim->state, CountdownState::countdown);
 }
 
 TEST_F(EngineCancel, DismissSimWithoutASimulationDoesNothing) {

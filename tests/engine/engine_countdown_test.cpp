@@ -43,7 +43,7 @@ TEST_F(EngineCountdown, CriticalWithConsentCountsDownWithCuesAndCallsTheShutdown
     EXPECT_EQ(engine->shutdownCalls, 1);
     EXPECT_EQ(shutdowner->shutdownCalls, 1);
     EXPECT_EQ(engine->firedAt, at(10));
-    EXPECT_EQ(engine->real.state, CState::fired);
+    EXPECT_EQ(engine->real.state, CountdownState::fired);
     EXPECT_EQ(markerJson(), (nlohmann::json{{"at", "2027-01-15T08:00:10Z"},
                                             {"peakC", 108},
                                             {"reason", "emergency countdown reached 0"}}));
@@ -73,8 +73,8 @@ TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery1
               (std::vector<std::string>{"stage-c: settings changed: autoShutdown=true "
                                         "consentRecorded=false enabled=false"}));
     EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
-    EXPECT_EQ(engine->lastB, at(30));
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->lastEmergencyAlarm, at(30));
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(shutdowner->probeCalls, 0);
     EXPECT_FALSE(markerExists());
@@ -103,7 +103,7 @@ TEST_F(EngineCountdown, StageBEndingAt4SecondsLeftAbortsAndClearsTheMarker) {
                             "enabled=true"),
               }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_EQ(engine->peak, 108);  // kept on the tick the countdown ended
     tickAt(6.25);
     EXPECT_EQ(engine->peak, 0);
@@ -147,7 +147,7 @@ TEST_F(EngineCountdown, PeakFollowsTheHighestCriticalReading) {
     EXPECT_EQ(engine->peak, 120);
     sensor->reading.reset();  // no reading is not critical: the countdown ends, peak kept
     tickAt(3);
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_EQ(engine->peak, 120);
     tickAt(4);
     EXPECT_EQ(engine->peak, 0);
@@ -156,7 +156,7 @@ TEST_F(EngineCountdown, PeakFollowsTheHighestCriticalReading) {
 TEST_F(EngineCountdown, AnAbsentReadingIsNeitherCalmNorCritical) {
     sensor->reading.reset();
     const auto view = tickAt(0);
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_FALSE(engine->level.has_value());
     EXPECT_TRUE(sounder->sounds.empty());
     EXPECT_EQ(view["level"], -1);

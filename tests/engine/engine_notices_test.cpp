@@ -32,22 +32,22 @@ TEST_F(EngineNotices, TwoProbeRequestsInARowRunOneProbe) {
 TEST_F(EngineNotices, AUserRequestShowsTheAnswerAgainEvenWhenOneIsRunning) {
     shutdowner->probeAnswer = Answer::later;
     engine->probePermission("launch", false);
-    engine->dismissPerm();
+    engine->dismissPermission();
     engine->probePermission("user pressed Check again", true);
-    EXPECT_FALSE(engine->permDismissed);
+    EXPECT_FALSE(engine->permissionDismissed);
     EXPECT_EQ(shutdowner->probeCalls, 1);
 }
 
 TEST_F(EngineNotices, ProbeDeniedRecordsTheDetail) {
     shutdowner->probeResult = AutomationOutcome::denied("Not authorized (-1743)");
-    engine->dismissPerm();
+    engine->dismissPermission();
     engine->probePermission("launch", false);
     EXPECT_EQ(takeLines().back(),
               "stage-c: automation permission: DENIED (Not authorized (-1743))");
-    EXPECT_EQ(engine->perm, Engine::PermState::denied("Not authorized (-1743)"));
-    EXPECT_TRUE(engine->permDismissed);  // only a user request or a grant shows it again
-    EXPECT_EQ(engine->permName(), "denied");
-    EXPECT_EQ(engine->permMessage(), std::string(macosTexts.permissionMessage));
+    EXPECT_EQ(engine->permission, Engine::PermissionState::denied("Not authorized (-1743)"));
+    EXPECT_TRUE(engine->permissionDismissed);  // only a user request or a grant shows it again
+    EXPECT_EQ(engine->permissionName(), "denied");
+    EXPECT_EQ(engine->permissionText(), std::string(macosTexts.permissionMessage));
 }
 
 TEST_F(EngineNotices, ProbeFailedRecordsTheDetail) {
@@ -57,19 +57,19 @@ TEST_F(EngineNotices, ProbeFailedRecordsTheDetail) {
     EXPECT_EQ(takeLines().back(),
               "stage-c: automation permission: probe failed (osascript timed out (no answer to "
               "the Automation prompt?))");
-    EXPECT_EQ(engine->permName(), "failed");
-    EXPECT_EQ(engine->permMessage(),
+    EXPECT_EQ(engine->permissionName(), "failed");
+    EXPECT_EQ(engine->permissionText(),
               "Could not check the Automation permission: osascript timed out (no answer to the "
               "Automation prompt?)");
 }
 
 TEST_F(EngineNotices, ProbeGrantedClearsTheDismissal) {
-    engine->dismissPerm();
+    engine->dismissPermission();
     engine->probePermission("launch", false);
-    EXPECT_EQ(engine->perm, Engine::PermState::granted());
-    EXPECT_FALSE(engine->permDismissed);
-    EXPECT_EQ(engine->permName(), "granted");
-    EXPECT_EQ(engine->permMessage(), "");
+    EXPECT_EQ(engine->permission, Engine::PermissionState::granted());
+    EXPECT_FALSE(engine->permissionDismissed);
+    EXPECT_EQ(engine->permissionName(), "granted");
+    EXPECT_EQ(engine->permissionText(), "");
 }
 
 TEST_F(EngineNotices, DismissalsLogTheirLines) {
@@ -77,7 +77,7 @@ TEST_F(EngineNotices, DismissalsLogTheirLines) {
     engine->manual = Engine::ManualFail{"reason", false};
     engine->dismissRelief();
     engine->dismissManual();
-    engine->dismissPerm();
+    engine->dismissPermission();
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: relief screen dismissed",
                                "stage-c: manual-shutdown notice dismissed",
@@ -85,27 +85,27 @@ TEST_F(EngineNotices, DismissalsLogTheirLines) {
                            }));
     EXPECT_FALSE(engine->relief.has_value());
     EXPECT_FALSE(engine->manual.has_value());
-    EXPECT_TRUE(engine->permDismissed);
+    EXPECT_TRUE(engine->permissionDismissed);
     EXPECT_EQ(engine->view(at(0))["permDismissed"], true);
 }
 
 TEST_F(EngineNotices, UserShutdownRefusedShowsThePermissionNotice) {
-    engine->dismissPerm();
+    engine->dismissPermission();
     engine->userShutdownFailed(ShutdownError::denied("Not authorized (-1743)"));
     EXPECT_EQ(takeLines().back(),
               "stage-c: ERROR user-initiated shutdown failed: Not authorized (-1743)");
-    EXPECT_EQ(engine->perm, Engine::PermState::denied("Not authorized (-1743)"));
-    EXPECT_FALSE(engine->permDismissed);
+    EXPECT_EQ(engine->permission, Engine::PermissionState::denied("Not authorized (-1743)"));
+    EXPECT_FALSE(engine->permissionDismissed);
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
-    EXPECT_EQ(engine->errMsg, "");  // only the engine's own shutdown sets the error text
+    EXPECT_EQ(engine->errorMessage, "");  // only the engine's own shutdown sets the error text
 }
 
 TEST_F(EngineNotices, UserShutdownFailedNamesThePlatformError) {
     engine->userShutdownFailed(ShutdownError::failed("osascript exit 1"));
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{"macOS reported an error: osascript exit 1", false}));
-    EXPECT_EQ(engine->perm, Engine::PermState::unknown());
+    EXPECT_EQ(engine->permission, Engine::PermissionState::unknown());
 }
 
 TEST_F(EngineNotices, ManualNoticeClearsOnceNoLongerCritical) {
@@ -125,11 +125,11 @@ TEST_F(EngineNotices, ManualNoticeAndErrorClearWhenANewCountdownStarts) {
     writeConsent();
     settingsFileChanged();
     engine->manual = Engine::ManualFail{"reason", true};
-    engine->errMsg = "Could not shut down: x";
+    engine->errorMessage = "Could not shut down: x";
     sensor->reading = kCritical;
     tickAt(0);
     EXPECT_FALSE(engine->manual.has_value());
-    EXPECT_EQ(engine->errMsg, "");
+    EXPECT_EQ(engine->errorMessage, "");
 }
 
 }  // namespace

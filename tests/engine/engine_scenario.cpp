@@ -38,7 +38,7 @@ void EngineScenario::start(double seconds) {
         .markers = MarkerStore(markerDir.empty() ? dataDir : markerDir),
         .shutdowner = shutdowner,
         .sounder = sounder,
-        .alerter = Alerter(timedStageB),
+        .alerter = Alerter(promoteSustainedExtreme),
         .log = [this](const std::string& line) { lines.push_back(line); },
         .platformTexts = words,
         .wallClock =

@@ -68,7 +68,7 @@ class EngineScenario : public ::testing::Test {
     /// Where the marker goes when not in `dataDir`.
     std::filesystem::path markerDir;
     const PlatformTexts* words = &macosTexts;
-    bool timedStageB = false;
+    bool promoteSustainedExtreme = false;
     /// How far the wall clock is set away from the monotonic one (a clock step).
     double wallShift = 0;
     std::shared_ptr<ScriptedSensor> sensor = std::make_shared<ScriptedSensor>();

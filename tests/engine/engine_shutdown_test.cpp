@@ -41,11 +41,11 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
     EXPECT_EQ(lines.at(lines.size() - 2),
               "stage-c: ERROR shutdown failed: " + kDeniedText +
                   "; clearing marker; telling the user to shut down manually");
-    EXPECT_EQ(engine->perm, Engine::PermState::denied(kDeniedText));
+    EXPECT_EQ(engine->permission, Engine::PermissionState::denied(kDeniedText));
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
-    EXPECT_EQ(engine->errMsg, "Could not shut down: " + kDeniedText);
-    EXPECT_EQ(engine->real.state, CState::grace);
+    EXPECT_EQ(engine->errorMessage, "Could not shut down: " + kDeniedText);
+    EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(engine->real.graceLeft(at(10)), 300);
     EXPECT_FALSE(engine->firedAt.has_value());
     EXPECT_FALSE(markerExists());
@@ -63,7 +63,7 @@ TEST_F(EngineShutdown, RefusalArrivingLaterMeasuresGraceFromTheLatestTick) {
     tickAt(10.5);
     EXPECT_TRUE(markerExists());
     queue.runAll();  // the answer comes in between two ticks
-    EXPECT_EQ(engine->real.state, CState::grace);
+    EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(engine->real.graceUntil, at(310.5));
     EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"urgent"}));
     EXPECT_FALSE(markerExists());
@@ -75,8 +75,9 @@ TEST_F(EngineShutdown, OtherFailureNamesThePlatformError) {
     queue.runAll();
     EXPECT_EQ(engine->manual,
               (Engine::ManualFail{"macOS reported an error: osascript exit 1", false}));
-    EXPECT_EQ(engine->perm, Engine::PermState::granted());  // as the countdown's probe left it
-    EXPECT_EQ(engine->errMsg, "Could not shut down: osascript exit 1");
+    EXPECT_EQ(engine->permission,
+              Engine::PermissionState::granted());  // as the countdown's probe left it
+    EXPECT_EQ(engine->errorMessage, "Could not shut down: osascript exit 1");
 }
 
 TEST_F(EngineShutdown, OtherFailureOnLinuxNamesLogind) {
@@ -92,7 +93,7 @@ TEST_F(EngineShutdown, SuccessChangesNothing) {
     countDownToTheCall();
     queue.runAll();
     EXPECT_TRUE(takeLines().empty());
-    EXPECT_EQ(engine->real.state, CState::fired);
+    EXPECT_EQ(engine->real.state, CountdownState::fired);
     EXPECT_TRUE(markerExists());
     EXPECT_FALSE(engine->manual.has_value());
 }
@@ -110,7 +111,7 @@ TEST_F(EngineShutdown, NoAnswerFor30SecondsTriggersTheFailsafe) {
                                "shutdown did not happen; clearing marker",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_FALSE(engine->real.last.has_value());
     EXPECT_FALSE(engine->firedAt.has_value());
     tickAt(40.25);  // the change of state shows on the next tick
@@ -126,7 +127,7 @@ TEST_F(EngineShutdown, StillCriticalAfterTheFailsafeStartsAFreshCountdown) {
     countDownToTheCall();
     tickThrough(10.25, 40);
     tickAt(40.25);
-    EXPECT_EQ(engine->real.state, CState::countdown);
+    EXPECT_EQ(engine->real.state, CountdownState::countdown);
     EXPECT_EQ(engine->real.deadline, at(50.25));
     EXPECT_EQ(engine->shutdownCalls, 1);
 }

@@ -17,11 +17,11 @@ TEST_F(EngineStart, WithoutASettingsFileLogsTheDefaultsAndTheThresholds) {
                                "state reaches B) countdown=10s grace=300s; shutdown runs at the "
                                "END of the countdown (osascript System Events)",
                            }));
-    EXPECT_EQ(engine->set, Settings{});
+    EXPECT_EQ(engine->settingsInForce, Settings{});
     EXPECT_FALSE(std::filesystem::exists(settingsPath()));  // reading never creates the file
     EXPECT_FALSE(engine->relief.has_value());
-    EXPECT_EQ(engine->perm, Engine::PermState::unknown());
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->permission, Engine::PermissionState::unknown());
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
     EXPECT_FALSE(engine->simActive());
     EXPECT_EQ(engine->lastNow, at(0));
 }
@@ -31,7 +31,7 @@ TEST_F(EngineStart, WithConsentRecordedLogsEnabled) {
     start();
     EXPECT_EQ(takeLines().front(),
               "stage-c: settings loaded: autoShutdown=true consentRecorded=true enabled=true");
-    EXPECT_EQ(engine->set.consentAt, "2027-01-14T09:30:00Z");
+    EXPECT_EQ(engine->settingsInForce.consentAt, "2027-01-14T09:30:00Z");
 }
 
 TEST_F(EngineStart, AutoShutdownOffWithConsentIsNotEnabled) {
@@ -45,11 +45,11 @@ TEST_F(EngineStart, GarbledSettingsFileFallsBackToTheDefaults) {
     writeSettingsText("{\"autoShutdown\": false}");  // "consentRecorded" missing
     start();
     EXPECT_EQ(takeLines().front(), settingsLoadedLine(true, false));
-    EXPECT_EQ(engine->set, Settings{});
+    EXPECT_EQ(engine->settingsInForce, Settings{});
 }
 
 TEST_F(EngineStart, TimedPromotionIsNamedInTheThresholdsLine) {
-    timedStageB = true;
+    promoteSustainedExtreme = true;
     start();
     EXPECT_EQ(takeLines().at(1),
               "stage-c: thresholds: stageA=95C stageB=100C (countdown starts immediately at B; "

@@ -66,7 +66,7 @@ TEST_F(EngineStory, ConsentThenCriticalThenShutdownThatNeverTakesEffect) {
               (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
     EXPECT_EQ(engine->shutdownCalls, 1);
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CState::idle);
+    EXPECT_EQ(engine->real.state, CountdownState::idle);
 }
 
 TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
@@ -88,9 +88,9 @@ TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
                                                          "urgent", "alarm"}));
     tickThrough(11.25, 309.25, 1);  // grace; stage B holds, so the alarm repeats
     tickAt(309.75);
-    EXPECT_EQ(engine->real.state, CState::grace);
+    EXPECT_EQ(engine->real.state, CountdownState::grace);
     EXPECT_EQ(std::count(sounder->sounds.begin(), sounder->sounds.end(), "alarm"), 20);
-    EXPECT_EQ(engine->lastB, at(295.25));
+    EXPECT_EQ(engine->lastEmergencyAlarm, at(295.25));
     view = tickAt(310);
     EXPECT_EQ(view["state"], "countdown");
     EXPECT_EQ(view["remaining"], 10);

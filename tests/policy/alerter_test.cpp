@@ -59,7 +59,7 @@ TEST(Alerter, AbsentReadingRestartsBothTimers) {
         alerter.update(85, at(s));
     EXPECT_EQ(alerter.update(std::nullopt, at(80)), std::nullopt);
     EXPECT_FALSE(alerter.hotSince.has_value());
-    EXPECT_FALSE(alerter.extSince.has_value());
+    EXPECT_FALSE(alerter.extremeSince.has_value());
     EXPECT_EQ(alerter.update(85, at(81)), Level::hot);
     EXPECT_EQ(alerter.update(85, at(170)), Level::hot);  // 89 s into the new run
     EXPECT_EQ(alerter.update(85, at(171)), Level::extreme);
@@ -81,7 +81,7 @@ TEST(Alerter, NanCountsAsOkAndClearsBothRuns) {
     alerter.update(96, at(0));
     EXPECT_EQ(alerter.update(std::nan(""), at(1)), Level::ok);
     EXPECT_FALSE(alerter.hotSince.has_value());
-    EXPECT_FALSE(alerter.extSince.has_value());
+    EXPECT_FALSE(alerter.extremeSince.has_value());
 }
 
 TEST(Alerter, HotExtremeHotRunKeepsItsFirstStart) {
@@ -103,9 +103,9 @@ TEST(Alerter, BlowoutSpikeKeepsStageARunning) {
 TEST(Alerter, PlainHotClearsStageARun) {
     Alerter alerter(true);
     alerter.update(96, at(0));
-    EXPECT_TRUE(alerter.extSince.has_value());
+    EXPECT_TRUE(alerter.extremeSince.has_value());
     EXPECT_EQ(alerter.update(85, at(10)), Level::hot);
-    EXPECT_FALSE(alerter.extSince.has_value());
+    EXPECT_FALSE(alerter.extremeSince.has_value());
 }
 
 }  // namespace

@@ -14,165 +14,166 @@ using testing::kCalm;
 using testing::kCritical;
 using testing::kCriticalDisabled;
 using testing::kWarmNotCalm;
-using Events = std::vector<CEvent>;
+using Events = std::vector<CountdownEvent>;
 
-Machine counting(bool sim = false, CConfig cfg = CConfig::production()) {
-    Machine m(cfg, sim);
+Countdown counting(bool sim = false, CountdownConfig cfg = CountdownConfig::production()) {
+    Countdown m(cfg, sim);
     m.step(at(0), kCritical);
     return m;
 }
 
-Machine fired(CConfig cfg = CConfig::production()) {
-    Machine m = counting(false, cfg);
+Countdown fired(CountdownConfig cfg = CountdownConfig::production()) {
+    Countdown m = counting(false, cfg);
     m.step(at(5), kCritical);
     m.step(at(10), kCritical);
     return m;
 }
 
 TEST(MachineTable, IdleStepEnabledAndCriticalStartsCountdown) {
-    Machine m(CConfig::production(), false);
-    EXPECT_EQ(m.step(at(0), kCritical), (Events{ev(CEventKind::countdownStart, 10)}));
-    EXPECT_EQ(m.state, CState::countdown);
+    Countdown m(CountdownConfig::production(), false);
+    EXPECT_EQ(m.step(at(0), kCritical), (Events{ev(CountdownEventKind::countdownStart, 10)}));
+    EXPECT_EQ(m.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, IdleStepOtherwiseStaysIdle) {
-    Machine m(CConfig::production(), false);
+    Countdown m(CountdownConfig::production(), false);
     EXPECT_EQ(m.step(at(0), kCriticalDisabled), Events{});
     EXPECT_EQ(m.step(at(1), kWarmNotCalm), Events{});
-    EXPECT_EQ(m.state, CState::idle);
+    EXPECT_EQ(m.state, CountdownState::idle);
 }
 
 TEST(MachineTable, CountdownStepWithoutEmergencyAborts) {
-    Machine m = counting();
-    EXPECT_EQ(m.step(at(1), kWarmNotCalm), (Events{ev(CEventKind::abort)}));
-    EXPECT_EQ(m.state, CState::idle);
+    Countdown m = counting();
+    EXPECT_EQ(m.step(at(1), kWarmNotCalm), (Events{ev(CountdownEventKind::abort)}));
+    EXPECT_EQ(m.state, CountdownState::idle);
 }
 
 TEST(MachineTable, CountdownStepWhenDisabledAborts) {
-    Machine m = counting();
-    EXPECT_EQ(m.step(at(1), kCriticalDisabled), (Events{ev(CEventKind::abort)}));
-    EXPECT_EQ(m.state, CState::idle);
+    Countdown m = counting();
+    EXPECT_EQ(m.step(at(1), kCriticalDisabled), (Events{ev(CountdownEventKind::abort)}));
+    EXPECT_EQ(m.state, CountdownState::idle);
 }
 
 TEST(MachineTable, CountdownStaleGapRestarts) {
-    Machine m = counting();
+    Countdown m = counting();
     EXPECT_EQ(m.step(at(6), kCritical),
-              (Events{ev(CEventKind::stale), ev(CEventKind::countdownStart, 10)}));
-    EXPECT_EQ(m.state, CState::countdown);
+              (Events{ev(CountdownEventKind::stale), ev(CountdownEventKind::countdownStart, 10)}));
+    EXPECT_EQ(m.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, CountdownDeadlineRealFires) {
-    Machine m = counting();
+    Countdown m = counting();
     m.step(at(5), kCritical);
-    EXPECT_EQ(m.step(at(10), kCritical), (Events{ev(CEventKind::fire)}));
-    EXPECT_EQ(m.state, CState::fired);
+    EXPECT_EQ(m.step(at(10), kCritical), (Events{ev(CountdownEventKind::fire)}));
+    EXPECT_EQ(m.state, CountdownState::fired);
 }
 
 TEST(MachineTable, CountdownDeadlineSimulationCompletes) {
-    Machine m = counting(true);
+    Countdown m = counting(true);
     m.step(at(5), kCritical);
-    EXPECT_EQ(m.step(at(10), kCritical), (Events{ev(CEventKind::simComplete)}));
-    EXPECT_EQ(m.state, CState::done);
+    EXPECT_EQ(m.step(at(10), kCritical), (Events{ev(CountdownEventKind::simComplete)}));
+    EXPECT_EQ(m.state, CountdownState::done);
 }
 
 TEST(MachineTable, CountdownBeforeDeadlineCuesOnlyWhenACueSecondPassed) {
-    Machine m = counting();
+    Countdown m = counting();
     EXPECT_EQ(m.step(at(1), kCritical), Events{});
-    EXPECT_EQ(m.step(at(5), kCritical), (Events{ev(CEventKind::cue, 5)}));
+    EXPECT_EQ(m.step(at(5), kCritical), (Events{ev(CountdownEventKind::cue, 5)}));
     EXPECT_EQ(m.step(at(5.5), kCritical), Events{});
-    EXPECT_EQ(m.state, CState::countdown);
+    EXPECT_EQ(m.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, CountdownCancelEntersGrace) {
-    Machine m = counting();
-    EXPECT_EQ(m.cancel(at(2)), (Events{ev(CEventKind::cancel)}));
-    EXPECT_EQ(m.state, CState::grace);
+    Countdown m = counting();
+    EXPECT_EQ(m.cancel(at(2)), (Events{ev(CountdownEventKind::cancel)}));
+    EXPECT_EQ(m.state, CountdownState::grace);
     EXPECT_TRUE(m.cancelled);
     EXPECT_EQ(m.graceUntil, at(302));
 }
 
 TEST(MachineTable, FiredStepStaysFired) {
-    Machine m = fired();
+    Countdown m = fired();
     EXPECT_EQ(m.step(at(11), kCritical), Events{});
     EXPECT_EQ(m.step(at(40), kCalm), Events{});
-    EXPECT_EQ(m.state, CState::fired);
+    EXPECT_EQ(m.state, CountdownState::fired);
 }
 
 TEST(MachineTable, FiredCancelWithFiredCancelOnEntersGrace) {
-    Machine m = fired(CConfig{10, 300, 5, true});
-    EXPECT_EQ(m.cancel(at(11)), (Events{ev(CEventKind::cancel)}));
-    EXPECT_EQ(m.state, CState::grace);
+    Countdown m = fired(CountdownConfig{10, 300, 5, true});
+    EXPECT_EQ(m.cancel(at(11)), (Events{ev(CountdownEventKind::cancel)}));
+    EXPECT_EQ(m.state, CountdownState::grace);
 }
 
 TEST(MachineTable, FiredCancelWithFiredCancelOffIsRefused) {
-    Machine m = fired();
+    Countdown m = fired();
     EXPECT_EQ(m.cancel(at(11)), Events{});
-    EXPECT_EQ(m.state, CState::fired);
+    EXPECT_EQ(m.state, CountdownState::fired);
 }
 
 TEST(MachineTable, FiredShutdownFailedEntersGraceWithoutCancel) {
-    Machine m = fired();
+    Countdown m = fired();
     m.shutdownFailed(at(12));
-    EXPECT_EQ(m.state, CState::grace);
+    EXPECT_EQ(m.state, CountdownState::grace);
     EXPECT_EQ(m.graceUntil, at(312));
     EXPECT_FALSE(m.cancelled);
     EXPECT_EQ(m.step(at(13), kCalm), Events{});  // no cooled without a cancel
 }
 
 TEST(MachineTable, ShutdownFailedOutsideFiredDoesNothing) {
-    Machine m = counting();
+    Countdown m = counting();
     m.shutdownFailed(at(1));
-    EXPECT_EQ(m.state, CState::countdown);
+    EXPECT_EQ(m.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, GraceStepBeforeEndStaysInGrace) {
-    Machine m = counting();
+    Countdown m = counting();
     m.cancel(at(1));
     EXPECT_EQ(m.step(at(2), kCritical), Events{});
-    EXPECT_EQ(m.step(at(3), kCalm), (Events{ev(CEventKind::cooled)}));
+    EXPECT_EQ(m.step(at(3), kCalm), (Events{ev(CountdownEventKind::cooled)}));
     EXPECT_EQ(m.step(at(4), kCalm), Events{});
-    EXPECT_EQ(m.state, CState::grace);
+    EXPECT_EQ(m.state, CountdownState::grace);
 }
 
 TEST(MachineTable, GraceStepAtEndGoesIdleOrStartsAgain) {
-    Machine idle = counting();
+    Countdown idle = counting();
     idle.cancel(at(1));
-    EXPECT_EQ(idle.step(at(301), kCriticalDisabled), (Events{ev(CEventKind::graceEnd)}));
-    EXPECT_EQ(idle.state, CState::idle);
+    EXPECT_EQ(idle.step(at(301), kCriticalDisabled), (Events{ev(CountdownEventKind::graceEnd)}));
+    EXPECT_EQ(idle.state, CountdownState::idle);
 
-    Machine again = counting();
+    Countdown again = counting();
     again.cancel(at(1));
-    EXPECT_EQ(again.step(at(301), kCritical),
-              (Events{ev(CEventKind::graceEnd), ev(CEventKind::countdownStart, 10)}));
-    EXPECT_EQ(again.state, CState::countdown);
+    EXPECT_EQ(again.step(at(301), kCritical), (Events{ev(CountdownEventKind::graceEnd),
+                                                      ev(CountdownEventKind::countdownStart, 10)}));
+    EXPECT_EQ(again.state, CountdownState::countdown);
 }
 
 TEST(MachineTable, CooledComesBeforeGraceEnd) {
-    Machine m = counting();
+    Countdown m = counting();
     m.cancel(at(1));
-    EXPECT_EQ(m.step(at(301), kCalm), (Events{ev(CEventKind::cooled), ev(CEventKind::graceEnd)}));
+    EXPECT_EQ(m.step(at(301), kCalm),
+              (Events{ev(CountdownEventKind::cooled), ev(CountdownEventKind::graceEnd)}));
 }
 
 TEST(MachineTable, DoneStepStaysDone) {
-    Machine m = counting(true);
+    Countdown m = counting(true);
     m.step(at(5), kCritical);
     m.step(at(10), kCritical);
     EXPECT_EQ(m.step(at(11), kCritical), Events{});
-    EXPECT_EQ(m.state, CState::done);
+    EXPECT_EQ(m.state, CountdownState::done);
 }
 
 TEST(MachineTable, ResetFromAnyStateGoesIdle) {
-    for (Machine m : {counting(), fired(), counting(true)}) {
+    for (Countdown m : {counting(), fired(), counting(true)}) {
         m.cancel(at(11));
         m.reset();
-        EXPECT_EQ(m.state, CState::idle);
+        EXPECT_EQ(m.state, CountdownState::idle);
         EXPECT_FALSE(m.last.has_value());
         EXPECT_FALSE(m.cancelled);
     }
 }
 
 TEST(MachineTable, ResetKeepsDeadlineGraceAndLastCue) {
-    Machine m = counting();
+    Countdown m = counting();
     m.step(at(5), kCritical);
     m.cancel(at(6));
     m.reset();

@@ -64,22 +64,21 @@ TEST(PlatformTexts, HostColumnIsChosenByTheBuild) {
 }
 
 TEST(Constants, TuningValues) {
-    EXPECT_EQ(SC::version, "1.1");
-    EXPECT_EQ(SC::warmC, 60);
-    EXPECT_EQ(SC::hotC, 80);
-    EXPECT_EQ(SC::extremeC, 95);
-    EXPECT_EQ(SC::criticalC, 100);
-    EXPECT_EQ(SC::hotSustainT1, 90);
-    EXPECT_EQ(SC::extremeT2, 60);
-    EXPECT_EQ(SC::countdownLen, 10);
-    EXPECT_EQ(SC::graceLen, 300);
-    EXPECT_EQ(SC::staleGap, 5);
-    EXPECT_EQ(SC::simLead, 4);
-    EXPECT_EQ(SC::failsafe, 30);
-    EXPECT_EQ(SC::bAlarmInterval, 15);
-    EXPECT_EQ(SC::simPeakC, 106);
-    EXPECT_EQ(SC::totalSecs, 10);
-    EXPECT_EQ(SC::cueSeconds, (std::array<int, 4>{5, 3, 2, 1}));
+    EXPECT_EQ(watchdog::version, "1.1");
+    EXPECT_EQ(watchdog::warmC, 60);
+    EXPECT_EQ(watchdog::hotC, 80);
+    EXPECT_EQ(watchdog::extremeC, 95);
+    EXPECT_EQ(watchdog::criticalC, 100);
+    EXPECT_EQ(watchdog::hotSustainSeconds, 90);
+    EXPECT_EQ(watchdog::extremeSustainSeconds, 60);
+    EXPECT_EQ(watchdog::countdownSeconds, 10);
+    EXPECT_EQ(watchdog::graceSeconds, 300);
+    EXPECT_EQ(watchdog::staleGapSeconds, 5);
+    EXPECT_EQ(watchdog::simulationLeadInSeconds, 4);
+    EXPECT_EQ(watchdog::failsafeSeconds, 30);
+    EXPECT_EQ(watchdog::emergencyAlarmIntervalSeconds, 15);
+    EXPECT_EQ(watchdog::simulationPeakC, 106);
+    EXPECT_EQ(watchdog::cueSeconds, (std::array<int, 4>{5, 3, 2, 1}));
 }
 
 }  // namespace

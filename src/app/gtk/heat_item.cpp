@@ -116,7 +116,7 @@ void buildMenu(Parts& parts) {
     parts.menu = gtk_menu_new();
     g_object_ref_sink(parts.menu);
     GtkWidget* live = addItem(parts.menu, "Live readings\u2026", parts.actions.liveReadings);
-    const auto open = "Open " + std::string(SC::appName);
+    const auto open = "Open " + std::string(watchdog::appName);
     addItem(parts.menu, open.c_str(), parts.actions.openWindow);
     addSeparator(parts.menu);
     addItem(parts.menu, "Test emergency (simulation, never shuts down)",
@@ -128,7 +128,7 @@ void buildMenu(Parts& parts) {
     g_signal_connect(parts.startAtLoginItem, "toggled", G_CALLBACK(onStartAtLoginToggled), &parts);
     gtk_menu_shell_append(GTK_MENU_SHELL(parts.menu), parts.startAtLoginItem);
     addSeparator(parts.menu);
-    const auto quit = "Quit " + std::string(SC::appName);
+    const auto quit = "Quit " + std::string(watchdog::appName);
     addItem(parts.menu, quit.c_str(), parts.actions.quit);
     gtk_widget_show_all(parts.menu);
     app_indicator_set_menu(parts.indicator, GTK_MENU(parts.menu));
@@ -162,7 +162,7 @@ HeatItem::HeatItem(const std::string& title, const std::filesystem::path& iconSe
     if (!iconSearchPath.empty()) {
         app_indicator_set_icon_theme_path(parts_->indicator, iconSearchPath.c_str());
     }
-    app_indicator_set_title(parts_->indicator, std::string(SC::appName).c_str());
+    app_indicator_set_title(parts_->indicator, std::string(watchdog::appName).c_str());
     app_indicator_set_attention_icon_full(parts_->indicator, alarmIconName().c_str(),
                                           "Shutdown countdown");
     buildMenu(*parts_);

@@ -99,7 +99,7 @@ std::string autostartEntryText(const std::filesystem::path& executable) {
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=" +
-           std::string(SC::appName) +
+           std::string(watchdog::appName) +
            "\n"
            "Comment=Watch how hot this computer is from login on\n"
            "Exec=" +

@@ -75,7 +75,7 @@ void deniedPermission(nlohmann::json& out, const std::filesystem::path& dir) {
     rig.sensor->celsius = kNominal;
     rig.engine->consent(true, EngineRig::wallAt(0));
     out.push_back(record("engine-perm", rig.tickTo(0.5)));
-    rig.engine->dismissPerm();
+    rig.engine->dismissPermission();
     out.push_back(record("engine-settings-denied", rig.tickTo(0.75), true));
 }
 
