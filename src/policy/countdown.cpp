@@ -161,10 +161,10 @@ void Countdown::reset() {
 }
 
 std::int64_t Countdown::remaining(MonoTime now) const {
-    if (state != CountdownState::countdown) return 0;
-    const double s = deadline - now;
-    if (s <= 0) return 0;
-    return static_cast<std::int64_t>(std::ceil(s));
+    // Whole seconds from the rounded milliseconds: `(start + 10) - start` can come out a hair
+    // above 10 in floating point, and must not read as 11.
+    const std::int64_t ms = remainingMs(now);
+    return (ms + 999) / 1000;
 }
 
 std::int64_t Countdown::remainingMs(MonoTime now) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "countdown_support.hpp"
+#include "policy/constants.hpp"
 
 namespace velmora {
 namespace {
@@ -32,6 +33,19 @@ TEST(Countdown, StepsOneSecondApartCueAtFiveThreeTwoOneThenFire) {
                                                        {10, {ev(CountdownEventKind::fire)}}};
     EXPECT_EQ(seen, expected);
     EXPECT_EQ(m.state, CountdownState::fired);
+}
+
+TEST(Countdown, StartsAtItsLengthWhateverTheClockReads) {
+    // At this instant (t + 10) - t is 10.000000000000114 in floating point.
+    const auto start = MonoTime::fromSeconds(1020.4227888583981);
+    ASSERT_GT((start + 10.0) - start, 10.0);
+    Countdown m(CountdownConfig::production(), false);
+    const auto events = m.startCountdown(start);
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].remaining, watchdog::countdownSeconds);
+    EXPECT_EQ(m.remaining(start), watchdog::countdownSeconds);
+    EXPECT_EQ(m.remaining(start + 0.001), watchdog::countdownSeconds);
+    EXPECT_EQ(m.remaining(start + 1.0), watchdog::countdownSeconds - 1);
 }
 
 TEST(Countdown, GapOfExactlyFiveSecondsIsNotStale) {

@@ -9,7 +9,7 @@ namespace velmora {
 namespace {
 
 std::filesystem::path findModule(const std::filesystem::path& executable) {
-    const auto beside = executable.parent_path() / desktopModuleName;
+    auto beside = executable.parent_path() / desktopModuleName;
     std::error_code error;
     if (std::filesystem::exists(beside, error)) return beside;
     return std::filesystem::path(VELMORA_MODULE_DIR) / desktopModuleName;
@@ -25,7 +25,8 @@ std::variant<int, DesktopUnavailable> runDesktopModule(const LaunchOptions& opts
     // Never closed: GTK cannot be unloaded once it has started.
     void* handle = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-        const char* why = dlerror();
+        // Only the main thread runs at this point of the start-up.
+        const char* why = dlerror();  // NOLINT(concurrency-mt-unsafe)
         return DesktopUnavailable{"the desktop window cannot be loaded (" +
                                   std::string(why != nullptr ? why : module.string()) + ")"};
     }
