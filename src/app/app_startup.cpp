@@ -194,6 +194,7 @@ void AppController::startTimers() {
         sampler->sampleEvery(
             std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
         if (!showsEverySample()) sampler->postEvery(2);
+        sampler->request();  // the first sample to show comes at once, not on the next second
         return;
     }
     sampleLive();
