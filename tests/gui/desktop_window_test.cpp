@@ -87,6 +87,31 @@ TEST_F(DesktopWindow, CriticalStateWithConsentCountsDownAndCallsTheDryRunShutdow
     });
 }
 
+TEST_F(DesktopWindow, ARefusedPermissionShowsItsNotice) {
+    run({"--consent", "on", "--simulate-denied"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(modeScript, "perm", 15));
+        EXPECT_TRUE(d.waitForLog("ui: mode home -> perm", 5));
+        shootBoth(d, "perm");
+    });
+}
+
+TEST_F(DesktopWindow, AShutdownThatFailsAsksForAManualShutdown) {
+    run({"--consent", "on", "--simulate-denied", "--force-thermal", "critical"},
+        [](DesktopDriver& d) {
+            ASSERT_TRUE(d.waitForJs(modeScript, "manual", 30));
+            EXPECT_EQ(d.session.shell.windowTitle(), "SHUT DOWN MANUALLY");
+            shootBoth(d, "manual");
+        });
+}
+
+TEST_F(DesktopWindow, AFinishedRehearsalShowsItsEndScreen) {
+    run({"--consent", "on", "--test-emergency"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(modeScript, "simdone", 30));
+        EXPECT_EQ(d.countLog("shutdown: DRY-RUN: would run"), 0);
+        shootBoth(d, "simdone");
+    });
+}
+
 TEST_F(DesktopWindow, ConsentButtonClickedInThePageRecordsConsent) {
     run({"--force-thermal", "critical"}, [this](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(modeScript, "consent", 15));
