@@ -16,5 +16,5 @@ export NO_AT_BRIDGE=1
 unset WAYLAND_DISPLAY
 # GTK, fontconfig and WebKit keep allocations for the life of the process that LeakSanitizer
 # reports at exit; leaks in our own code are found by the other suites, which keep it on.
-if [[ -n "${ASAN_OPTIONS:-}" ]]; then export ASAN_OPTIONS="$ASAN_OPTIONS:detect_leaks=0"; fi
+export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
 exec xvfb-run -a -s "-screen 0 1280x800x24 -nolisten tcp" dbus-run-session -- "$@"
