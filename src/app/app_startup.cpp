@@ -183,10 +183,10 @@ void AppController::presentFirstTick() {
     }
     updateChrome(view);
     reportStatus(view);
+    setTickRate(needsQuickTicks(view));
 }
 
 void AppController::startTimers() {
-    setTickRate(needsQuickTicks(engine->view(loop_.now())));
     if (sampler) {
         // The sampler keeps its own time, so that a calm loop wakes once a second, for the
         // sample, instead of once to ask for it and once more to receive it; when nobody
