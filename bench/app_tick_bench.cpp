@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "app/app_controller.hpp"
+#include "app/controller/app_controller.hpp"
 #include "metrics/backend_factory.hpp"
 
 namespace {

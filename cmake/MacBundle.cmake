@@ -34,7 +34,6 @@ add_executable(velmora_mac_cue_sounds
   ${PROJECT_SOURCE_DIR}/src/actuators/cue_sounds/cue_waveforms.cpp
   ${PROJECT_SOURCE_DIR}/src/actuators/cue_sounds/make_cue_sounds.cpp
   ${PROJECT_SOURCE_DIR}/src/actuators/cue_sounds/wav_writer.cpp)
-target_include_directories(velmora_mac_cue_sounds PRIVATE ${PROJECT_SOURCE_DIR}/src)
 velmora_target(velmora_mac_cue_sounds)
 
 set(generated ${CMAKE_CURRENT_BINARY_DIR}/bundle)
@@ -60,7 +59,7 @@ set_source_files_properties(${icns} PROPERTIES MACOSX_PACKAGE_LOCATION Resources
 # against the program's own constants.
 configure_file(${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist.in ${generated}/Info.plist @ONLY)
 
-add_executable(velmora_mac_app MACOSX_BUNDLE ${PROJECT_SOURCE_DIR}/src/app/main.cpp ${icns})
+add_executable(velmora_mac_app MACOSX_BUNDLE ${PROJECT_SOURCE_DIR}/src/app/main/main.cpp ${icns})
 target_link_libraries(velmora_mac_app PRIVATE velmora_cocoa)
 velmora_target(velmora_mac_app)
 set_target_properties(velmora_mac_app PROPERTIES

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "app/command_line.hpp"
-#include "app/launch_options.hpp"
+#include "app/core/command_line.hpp"
+#include "app/core/launch_options.hpp"
 #include "fuzz_support.hpp"
 
 namespace {

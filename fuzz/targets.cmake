@@ -21,6 +21,6 @@ set(VELMORA_FUZZ_LIBS velmora_policy velmora_store velmora_actuators velmora_met
 function(velmora_fuzz_executable target name)
   add_executable(${target} ${VELMORA_FUZZ_DIR}/${name}_fuzz.cpp ${ARGN})
   velmora_target(${target})
-  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src ${VELMORA_FUZZ_DIR})
+  target_include_directories(${target} PRIVATE ${VELMORA_FUZZ_DIR})
   target_link_libraries(${target} PRIVATE ${VELMORA_FUZZ_LIBS})
 endfunction()

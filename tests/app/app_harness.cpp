@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "app/file_preferences.hpp"
+#include "app/core/file_preferences.hpp"
 #include "store/settings_store.hpp"
 
 namespace velmora::testing {

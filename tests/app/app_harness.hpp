@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "app/app_controller.hpp"
+#include "app/controller/app_controller.hpp"
+#include "app/core/file_preferences.hpp"
 #include "app/fake_shell.hpp"
-#include "app/file_preferences.hpp"
 #include "app/manual_loop.hpp"
 #include "support/temp_dir.hpp"
 

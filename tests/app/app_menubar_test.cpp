@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/app_harness.hpp"
-#include "app/bridge_scripts.hpp"
+#include "app/core/bridge_scripts.hpp"
 
 namespace velmora::testing {
 namespace {

@@ -1,11 +1,11 @@
-#include "app/appearance.hpp"
+#include "app/core/appearance.hpp"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "app/file_preferences.hpp"
+#include "app/core/file_preferences.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora {

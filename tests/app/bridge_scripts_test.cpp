@@ -1,4 +1,4 @@
-#include "app/bridge_scripts.hpp"
+#include "app/core/bridge_scripts.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "app/command_line.hpp"
+#include "app/core/command_line.hpp"
 
 #include <gtest/gtest.h>
 
-#include "app/switch_docs.hpp"
-#include "app/usage.hpp"
+#include "app/core/switch_docs.hpp"
+#include "app/core/usage.hpp"
 
 namespace velmora {
 namespace {

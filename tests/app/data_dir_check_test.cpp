@@ -1,4 +1,4 @@
-#include "app/data_dir_check.hpp"
+#include "app/core/data_dir_check.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/shell.hpp"
+#include "app/core/shell.hpp"
 
 namespace velmora::testing {
 

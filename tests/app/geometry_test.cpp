@@ -1,4 +1,4 @@
-#include "app/geometry.hpp"
+#include "app/core/geometry.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/instance_lock.hpp"
+#include "app/core/instance_lock.hpp"
 
 #include <gtest/gtest.h>
 

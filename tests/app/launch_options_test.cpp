@@ -1,4 +1,4 @@
-#include "app/launch_options.hpp"
+#include "app/core/launch_options.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/live_summary.hpp"
+#include "app/controller/live_summary.hpp"
 
 #include <gtest/gtest.h>
 

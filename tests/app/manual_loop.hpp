@@ -6,7 +6,7 @@
 #include <mutex>
 #include <tuple>
 
-#include "app/main_loop.hpp"
+#include "app/core/main_loop.hpp"
 
 namespace velmora::testing {
 

@@ -1,4 +1,4 @@
-#include "app/menu_model.hpp"
+#include "app/core/menu_model.hpp"
 
 #include <gtest/gtest.h>
 

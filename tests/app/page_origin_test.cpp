@@ -1,4 +1,4 @@
-#include "app/page_origin.hpp"
+#include "app/core/page_origin.hpp"
 
 #include <gtest/gtest.h>
 

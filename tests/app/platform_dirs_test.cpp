@@ -1,4 +1,4 @@
-#include "app/platform_dirs.hpp"
+#include "app/core/platform_dirs.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/presentation_rules.hpp"
+#include "app/core/presentation_rules.hpp"
 
 #include <gtest/gtest.h>
 

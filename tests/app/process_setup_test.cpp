@@ -1,4 +1,4 @@
-#include "app/process_setup.hpp"
+#include "app/core/process_setup.hpp"
 
 #include <gtest/gtest.h>
 

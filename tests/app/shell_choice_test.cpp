@@ -1,10 +1,10 @@
-#include "app/shell_choice.hpp"
+#include "app/core/shell_choice.hpp"
 
 #include <gtest/gtest.h>
 
-#include "app/data_dir_check.hpp"
-#include "app/resource_dirs.hpp"
-#include "app/usage.hpp"
+#include "app/core/data_dir_check.hpp"
+#include "app/core/resource_dirs.hpp"
+#include "app/core/usage.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora {

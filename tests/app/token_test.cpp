@@ -1,4 +1,4 @@
-#include "app/token.hpp"
+#include "app/core/token.hpp"
 
 #include <gtest/gtest.h>
 

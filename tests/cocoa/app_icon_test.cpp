@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include "app/cocoa/icon/app_icon.hpp"
+#include "app/icon/app_icon.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora {

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "app/appearance.hpp"
+#include "app/core/appearance.hpp"
 #include "policy/constants.hpp"
 
 namespace velmora {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "app/cocoa/icon/png_writer.hpp"
+#include "app/icon/png_writer.hpp"
 
 namespace velmora {
 namespace {

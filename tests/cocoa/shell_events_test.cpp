@@ -3,9 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include "app/app_harness.hpp"
-#include "app/bridge_scripts.hpp"
 #include "app/cocoa/page_message.hpp"
 #include "app/cocoa/shell_events.hpp"
+#include "app/core/bridge_scripts.hpp"
 
 namespace velmora {
 namespace {

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "app/app_controller.hpp"
+#include "app/controller/app_controller.hpp"
+#include "app/controller/platform_services.hpp"
+#include "app/core/launch_options.hpp"
 #include "app/gtk/desktop_run.hpp"
-#include "app/launch_options.hpp"
-#include "app/platform_services.hpp"
 #include "gui/desktop_driver.hpp"
 #include "support/temp_dir.hpp"
 

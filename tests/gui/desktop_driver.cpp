@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "app/app_controller.hpp"
+#include "app/controller/app_controller.hpp"
 
 namespace velmora::testing {
 

@@ -1,4 +1,4 @@
-#include "app/resource_dirs.hpp"
+#include "app/core/resource_dirs.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/gtk/heat_item.hpp"
+#include "app/tray/heat_item.hpp"
 
 #include <gtest/gtest.h>
 

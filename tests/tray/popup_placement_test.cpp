@@ -1,4 +1,4 @@
-#include "app/gtk/popup_placement.hpp"
+#include "app/tray/popup_placement.hpp"
 
 #include <gtest/gtest.h>
 

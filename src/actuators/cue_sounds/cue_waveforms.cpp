@@ -1,4 +1,4 @@
-#include "actuators/cue_sounds/cue_waveforms.hpp"
+#include "cue_waveforms.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "actuators/cue_sounds/cue_waveforms.hpp"
-#include "actuators/cue_sounds/wav_writer.hpp"
+#include "cue_waveforms.hpp"
+#include "wav_writer.hpp"
 
 int main(int argc, char** argv) {
     using namespace velmora::cues;

@@ -1,4 +1,4 @@
-#include "actuators/cue_sounds/wav_writer.hpp"
+#include "wav_writer.hpp"
 
 #include <fstream>
 #include <string>

@@ -7,9 +7,9 @@
 #include <memory>
 
 #include "actuators/macos/ns_sound_player.hpp"
-#include "app/app_controller.hpp"
 #include "app/cocoa/cocoa_main_loop.hpp"
 #include "app/cocoa/cocoa_shell.hpp"
+#include "app/controller/app_controller.hpp"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "actuators/script_runner.hpp"
 #include "actuators/system_sounder.hpp"
 #include "app/cocoa/user_defaults.hpp"
-#include "app/platform_services.hpp"
+#include "app/controller/platform_services.hpp"
 #include "metrics/backend_factory.hpp"
 #include "policy/platform_texts.hpp"
 

@@ -1,6 +1,6 @@
 #include "app/cocoa/shell_events.hpp"
 
-#include "app/app_controller.hpp"
+#include "app/controller/app_controller.hpp"
 
 namespace velmora {
 

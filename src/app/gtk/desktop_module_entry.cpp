@@ -1,6 +1,6 @@
-#include "app/desktop_module.hpp"
+#include "app/controller/platform_services.hpp"
+#include "app/core/desktop_module.hpp"
 #include "app/gtk/desktop_run.hpp"
-#include "app/platform_services.hpp"
 
 // The desktop window as a module: the executable loads it only when a display may exist, so
 // a headless watchdog maps none of GTK and WebKit.

@@ -1,6 +1,6 @@
 #include "app/gtk/desktop_run.hpp"
 
-#include "app/instance_lock.hpp"
+#include "app/core/instance_lock.hpp"
 
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
@@ -13,9 +13,9 @@
 #include <optional>
 #include <utility>
 
-#include "app/app_controller.hpp"
-#include "app/appearance.hpp"
-#include "app/data_dir_check.hpp"
+#include "app/controller/app_controller.hpp"
+#include "app/core/appearance.hpp"
+#include "app/core/data_dir_check.hpp"
 #include "app/gtk/gtk_shell.hpp"
 #include "app/gtk/page_view.hpp"
 #include "app/headless/glib_main_loop.hpp"

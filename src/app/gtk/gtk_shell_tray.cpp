@@ -1,10 +1,10 @@
 // The GTK shell's tray item, its live-readings popup and the countdown shown in the panel.
 #include <utility>
 
+#include "app/core/menu_model.hpp"
+#include "app/core/resource_dirs.hpp"
 #include "app/gtk/gtk_shell.hpp"
 #include "app/linux/autostart.hpp"
-#include "app/menu_model.hpp"
-#include "app/resource_dirs.hpp"
 
 namespace velmora {
 

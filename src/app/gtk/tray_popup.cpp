@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "app/appearance.hpp"
-#include "app/gtk/popup_placement.hpp"
+#include "app/core/appearance.hpp"
+#include "app/tray/popup_placement.hpp"
 
 namespace velmora {
 

@@ -6,11 +6,11 @@
 #include <optional>
 #include <variant>
 
-#include "app/data_dir_check.hpp"
-#include "app/exit_deadline.hpp"
+#include "app/core/data_dir_check.hpp"
+#include "app/core/exit_deadline.hpp"
+#include "app/core/instance_lock.hpp"
 #include "app/headless/glib_main_loop.hpp"
 #include "app/headless/headless_shell.hpp"
-#include "app/instance_lock.hpp"
 
 namespace velmora {
 

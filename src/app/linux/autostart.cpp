@@ -7,7 +7,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "app/appearance.hpp"
+#include "app/core/appearance.hpp"
 #include "os/unique_fd.hpp"
 #include "os/whole_file.hpp"
 #include "policy/constants.hpp"

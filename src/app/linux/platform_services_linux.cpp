@@ -1,10 +1,10 @@
 #include "actuators/linux/canberra_sounder.hpp"
 #include "actuators/linux/logind_calls.hpp"
 #include "actuators/linux/logind_shutdowner.hpp"
-#include "app/file_preferences.hpp"
+#include "app/controller/platform_services.hpp"
+#include "app/core/file_preferences.hpp"
 #include "app/linux/journal_mirror.hpp"
 #include "app/linux/systemd_notifier.hpp"
-#include "app/platform_services.hpp"
 #include "metrics/backend_factory.hpp"
 
 namespace velmora {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "app/command_line.hpp"
-#include "app/launch_options.hpp"
+#include "app/core/command_line.hpp"
+#include "app/core/launch_options.hpp"
 
 namespace velmora {
 namespace {

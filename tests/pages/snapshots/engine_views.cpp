@@ -1,7 +1,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/presentation_rules.hpp"
+#include "app/core/presentation_rules.hpp"
 #include "snapshot_parts.hpp"
 
 namespace velmora::pages {

@@ -1,0 +1,117 @@
+#include <nlohmann/json.hpp>
+
+#include "app/controller/app_controller.hpp"
+#include "app/controller/live_summary.hpp"
+#include "app/core/bridge_scripts.hpp"
+#include "metrics/live_model.hpp"
+
+namespace velmora {
+
+void AppController::buildMenus() {
+    shell_.installMainMenu(mainMenu());
+    updateAppearanceMenu();
+}
+
+void AppController::setupMenuBarItem() {
+    shell_.createHeatItem("Heat \u2026", documentStartScript(token, rawValue(appearance)),
+                          popoverSize);
+    ui.heatItem = true;
+    if (const auto file = shell_.pageFile("menubar")) {
+        shell_.loadPage(WebView::menu, *file, file->parent_path());
+    }
+}
+
+void AppController::updateAppearanceMenu() {
+    for (const auto pref : allAppearances) {
+        shell_.setMenuItemChecked(appearanceAction(pref), pref == appearance);
+    }
+}
+
+void AppController::setAppearance(AppearancePref pref, bool fromPage) {
+    appearance = pref;
+    if (const auto problem = saveAppearance(pref, *services_.preferences)) {
+        log("ui: could not save the appearance preference: " + *problem);
+    }
+    shell_.applyAppearance(pref);
+    installUserScripts();
+    const auto call = themeCall(rawValue(pref));
+    if (!fromPage) shell_.evaluate(WebView::main, call);
+    if (ui.heatItem) shell_.evaluate(WebView::menu, call);
+    updateAppearanceMenu();
+    log("ui: appearance " + std::string(rawValue(pref)));
+}
+
+void AppController::sampleLive() {
+    if (sampler) {
+        sampler->request();  // the sample comes back through receiveLive
+        return;
+    }
+    presentLive(live->sample(loop_.wallNow()), static_cast<std::uint64_t>(ui.liveCount) + 1);
+}
+
+void AppController::receiveLive(const LiveDelivery& delivery) {
+    if (!delivery.summary.empty()) logFirstSample(delivery.summary, delivery.inputs);
+    for (const std::string& notice : delivery.notices)
+        log(notice);
+    sampledLimits_ = delivery.limits;
+    presentLive(delivery.inputs, delivery.sequence);
+}
+
+void AppController::presentLive(const LiveInputs& inputs, std::uint64_t sequence) {
+    ui.liveJSON = LiveModel::json(inputs);
+    // One summary in each ten samples, the first one shown of them: a calm watchdog may not
+    // be shown each sample.
+    const auto previous = static_cast<std::uint64_t>(ui.liveCount);
+    ui.liveCount = static_cast<std::int64_t>(sequence);
+    if (previous == 0 || (sequence - 1) / 10 != (previous - 1) / 10) log(liveSummaryLine(inputs));
+    updateMenuBarItem(inputs);
+    pushLive();
+    if (ui.heatItem && shell_.popoverShown()) pushMenu();
+    reportLive(inputs);
+    notifySampled(inputs);
+    tickAfterSample();
+}
+
+void AppController::updateMenuBarItem(const LiveInputs& inputs) {
+    if (!ui.heatItem) return;
+    shell_.setHeatItemTitle(heatItemTitle(inputs), heatItemColor(inputs));
+}
+
+void AppController::toggleMenuPopover() {
+    if (!ui.heatItem) return;
+    if (shell_.popoverShown()) {
+        shell_.closePopover();
+        return;
+    }
+    shell_.showPopover();
+    pushMenu();
+}
+
+void AppController::menuAction(MenuAction action) {
+    if (const auto pref = appearanceOf(action)) {
+        setAppearance(*pref, false);
+        return;
+    }
+    switch (action) {
+        case MenuAction::settings:
+            ui.wantSettings = true;
+            tick();
+            break;
+        case MenuAction::quit:
+            shell_.terminate();
+            break;
+        case MenuAction::testEmergency:
+            menuTestEmergency();
+            break;
+        case MenuAction::expand:
+            expand(true);
+            break;
+        case MenuAction::collapse:
+            collapse(true);
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace velmora

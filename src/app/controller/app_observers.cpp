@@ -1,0 +1,41 @@
+#include <nlohmann/json.hpp>
+
+#include "app/controller/app_controller.hpp"
+#include "app/fleet/metrics_file.hpp"
+#include "app/fleet/observed_shutdowner.hpp"
+
+namespace velmora {
+
+void AppController::startObservers() {
+    observers_ = services_.observers;
+    if (!opts.metricsFile.empty()) {
+        auto* collector = live.get();
+        const auto* sampled = &sampledLimits_;
+        observers_.push_back(
+            std::make_shared<MetricsFile>(opts.metricsFile, logSink(), [collector, sampled] {
+                return collector != nullptr ? collector->thermalLimits() : *sampled;
+            }));
+        log("metrics: writing " + opts.metricsFile.string() + " after every sample");
+    }
+    if (observers_.empty()) return;
+    // Every power-off request is counted, whoever asked for it.
+    std::weak_ptr<AppController*> weak = self_;
+    shutdowner = std::make_shared<ObservedShutdowner>(shutdowner, [weak] {
+        if (const auto self = weak.lock()) {
+            for (const auto& observer : (*self)->observers_)
+                observer->shutdownRequested();
+        }
+    });
+}
+
+void AppController::notifyTicked(const nlohmann::json& view) {
+    for (const auto& observer : observers_)
+        observer->ticked(view);
+}
+
+void AppController::notifySampled(const LiveInputs& inputs) {
+    for (const auto& observer : observers_)
+        observer->sampled(inputs, loop_.wallNow());
+}
+
+}  // namespace velmora
