@@ -162,7 +162,7 @@ void AppController::createWindow() {
 void AppController::startEmergencyOrProbe() {
     if (opts.testEmergency) {
         engine->startSim(loop_.now());
-    } else if (engine->settingsInForce.enabled()) {
+    } else if (engine->settingsInForce().enabled()) {
         engine->probePermission("launch", false);
     }
 }

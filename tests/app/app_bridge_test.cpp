@@ -52,7 +52,7 @@ TEST(PageBridge, EmergencyPageMessageWithoutTokenIsRejectedAndTheEngineIsNotCall
     const auto rendersBefore = h.renders().size();
     h.send("stagec", json{{"action", "consent"}, {"on", true}});
     EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
-    EXPECT_FALSE(h.app->engine->settingsInForce.consentRecorded);
+    EXPECT_FALSE(h.app->engine->settingsInForce().consentRecorded);
     EXPECT_EQ(h.renders().size(), rendersBefore);  // no tick either
 }
 
@@ -64,7 +64,7 @@ TEST(PageBridge, EmergencyPageMessageWithTheTokenInAnotherLetterCaseIsRejected) 
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     h.send("stagec", json{{"action", "consent"}, {"on", true}, {"token", lower}});
     EXPECT_TRUE(h.logged("ui: rejected stagec action 'consent': missing/wrong token"));
-    EXPECT_FALSE(h.app->engine->settingsInForce.consentRecorded);
+    EXPECT_FALSE(h.app->engine->settingsInForce().consentRecorded);
 }
 
 TEST(PageBridge, EmergencyPageMessageBodiesThatAreNotDictionariesOrLackAnActionAreIgnoredSilently) {

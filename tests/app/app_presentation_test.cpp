@@ -127,7 +127,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     h.loop.advance(10.25);
-    EXPECT_EQ(app.engine->real.state, CountdownState::fired);
+    EXPECT_EQ(app.engine->snapshot().real.state, CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "SHUTTING DOWN");

@@ -115,7 +115,7 @@ TEST(AppStartup, ConsentRecordedProbesAtLaunch) {
 TEST(AppStartup, ConsentSwitchRecordsTheAnswerThroughTheEngine) {
     AppHarness h;
     auto& app = h.launch({"--consent", "on"});
-    EXPECT_TRUE(app.engine->settingsInForce.enabled());
+    EXPECT_TRUE(app.engine->settingsInForce().enabled());
     EXPECT_TRUE(h.logged("stage-c: consent recorded: autoShutdown=true"));
     EXPECT_EQ(app.ui.mode, UIMode::home);
 }
@@ -123,8 +123,8 @@ TEST(AppStartup, ConsentSwitchRecordsTheAnswerThroughTheEngine) {
 TEST(AppStartup, ConsentOffIsRecordedWithoutAutoShutdown) {
     AppHarness h;
     auto& app = h.launch({"--consent", "off"});
-    EXPECT_TRUE(app.engine->settingsInForce.consentRecorded);
-    EXPECT_FALSE(app.engine->settingsInForce.autoShutdown);
+    EXPECT_TRUE(app.engine->settingsInForce().consentRecorded);
+    EXPECT_FALSE(app.engine->settingsInForce().autoShutdown);
     EXPECT_EQ(h.realShutdowner->probeCalls, 0);
 }
 
@@ -288,7 +288,7 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRu
     EXPECT_FALSE(app.engine->consent(true, h.loop.wallNow()));
     h.loop.advance(1);
     EXPECT_EQ(app.ui.mode, UIMode::home);
-    EXPECT_TRUE(app.engine->settingsInForce.enabled());
+    EXPECT_TRUE(app.engine->settingsInForce().enabled());
 }
 
 }  // namespace

@@ -125,7 +125,7 @@ TEST_F(DesktopWindow, ConsentButtonClickedInThePageRecordsConsent) {
             },
             10))
             << dataFile("settings.json");
-        EXPECT_TRUE(d.session.app.engine->settingsInForce.consentRecorded);
+        EXPECT_TRUE(d.session.app.engine->settingsInForce().consentRecorded);
         EXPECT_TRUE(d.waitForLog("ui: mode consent -> count", 10));
     });
 }
@@ -165,7 +165,7 @@ TEST_F(DesktopWindow, ForgedAndHostileMessagesChangeNothing) {
             " window.webkit.messageHandlers.size.postMessage({junk: i}); } 'sent'");
         d.pause(1);
         EXPECT_FALSE(engine.simActive());
-        EXPECT_FALSE(engine.settingsInForce.enabled() == false);
+        EXPECT_FALSE(engine.settingsInForce().enabled() == false);
         EXPECT_EQ(d.countLog("SIMULATION started"), 0);
         EXPECT_EQ(d.countLog("shutdown: DRY-RUN"), 0);
         EXPECT_EQ(d.session.app.ui.mode, UIMode::home);

@@ -148,9 +148,9 @@ void DesktopRun::reportStartProblems() const {
     if (const auto problem = dataDirProblem(app_->opts.dataDir)) {
         std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
     }
-    if (app_->opts.consent && !app_->engine->settingsInForce.consentRecorded) {
+    if (app_->opts.consent && !app_->engine->settingsInForce().consentRecorded) {
         std::fprintf(stderr, "velmora-heat-monitor: could not record consent in %s\n",
-                     app_->engine->settings.url().c_str());
+                     app_->engine->settingsFile().c_str());
     }
 }
 

@@ -25,7 +25,7 @@ void reportStartProblems(const AppController& app) {
         std::fprintf(stderr,
                      "velmora-heat-monitor: could not save the consent answer in %s; it holds "
                      "until this run ends\n",
-                     app.engine->settings.url().c_str());
+                     app.engine->settingsFile().c_str());
     }
 }
 
