@@ -13,10 +13,11 @@ void AppController::loadPage(const std::string& name) {
     ui.pageName = name;
     ui.shownRender.clear();
     shell_.loadPage(WebView::main, *file, file->parent_path());
-    const std::string stage(rawValue(currentStage()));
-    const std::string demo(rawValue(ui.demoStage));
-    loop_.postAfter(0.15, guarded([stage, demo](AppController& app) {
-                        app.shell_.evaluate(WebView::main, stageScript(stage, demo));
+    const std::string stage(rawValue(ui.liveStage));
+    // The pages also take a demonstration stage; the application never sets one.
+    loop_.postAfter(0.15, guarded([stage](AppController& app) {
+                        app.shell_.evaluate(WebView::main,
+                                            stageScript(stage, rawValue(AlertStage::none)));
                     }));
 }
 
@@ -73,7 +74,7 @@ void AppController::showCoolDownTips() {
 }
 
 void AppController::userShutdown() {
-    if (engine->simActive() || ui.demoStage != AlertStage::none) {
+    if (engine->simActive()) {
         log("ui: 'Shut Down to Cool Off' pressed during a simulation/demo: stubbed, nothing shut "
             "down");
         return;

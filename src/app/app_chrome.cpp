@@ -2,7 +2,6 @@
 
 #include "app/app_controller.hpp"
 #include "metrics/live_names.hpp"
-#include "policy/constants.hpp"
 
 namespace velmora {
 
@@ -37,30 +36,6 @@ void AppController::playSoftChime() {
     } else {
         shell_.playSound("Tink");
     }
-}
-
-void AppController::playUrgentAlert() {
-    if (opts.mute) {
-        log("sound: urgent (muted)");
-    } else {
-        shell_.playSound("Sosumi");
-    }
-}
-
-void AppController::startEmergencyRepeat() {
-    stopEmergencyRepeat();
-    ui.emergencyRepeatTimer = loop_.startRepeating(
-        watchdog::emergencyAlarmIntervalSeconds, guarded([](AppController& app) {
-            if (app.ui.demoStage == AlertStage::emergency && app.shell_.windowVisible()) {
-                app.playUrgentAlert();
-            }
-        }));
-}
-
-void AppController::stopEmergencyRepeat() {
-    if (!ui.emergencyRepeatTimer) return;
-    loop_.stop(*ui.emergencyRepeatTimer);
-    ui.emergencyRepeatTimer.reset();
 }
 
 void AppController::reportStatus(const nlohmann::json& view) {

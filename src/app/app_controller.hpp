@@ -51,8 +51,6 @@ struct AppServices {
 
 /// The presentation's state, read by tests and by nothing else outside the controller.
 struct PresentationState {
-    /// Set once to none and never assigned again: the demonstration branches stay dormant.
-    AlertStage demoStage = AlertStage::none;
     AlertStage liveStage = AlertStage::none;
     AlertStage lastAnnounced = AlertStage::none;
     UIMode mode = UIMode::home;
@@ -67,7 +65,6 @@ struct PresentationState {
     /// The number of the last sample shown, from 1.
     std::int64_t liveCount = 0;
     bool heatItem = false;
-    std::optional<TimerId> emergencyRepeatTimer;
 };
 
 /// The application's logic on every platform: start-up, the bridge to the pages, the stage
@@ -112,12 +109,8 @@ class AppController {
     void resizeKeepingBottom(Size contentSize, bool animate);
     void handleStageChange(bool forceSound);
     void applyHome();
-    void startEmergencyRepeat();
-    void stopEmergencyRepeat();
     void playSoftChime();
-    void playUrgentAlert();
 
-    AlertStage currentStage() const;
     std::string baseTitle() const;
 
     const LaunchOptions opts;

@@ -144,7 +144,7 @@ void AppController::runHeat(const std::string& action) {
     } else if (action == "dismiss" || action == "watch" || action == "wait") {
         // Collapsing keeps the window large while a stage is up, so this changes nothing
         // visible; kept so that the page's buttons behave the same everywhere.
-        if (ui.demoStage == AlertStage::none && ui.liveStage == AlertStage::extreme) {
+        if (ui.liveStage == AlertStage::extreme) {
             collapse(true);
         }
     } else if (action == "stageEnteredExtreme") {

@@ -12,10 +12,6 @@ bool isUp(AlertStage stage) {
 
 }  // namespace
 
-AlertStage AppController::currentStage() const {
-    return ui.demoStage != AlertStage::none ? ui.demoStage : ui.liveStage;
-}
-
 void AppController::tick() {
     if (sampler) sampler->replaceIfHung();
     const auto view = engine->tick(loop_.now());
@@ -27,7 +23,7 @@ void AppController::tick() {
     reportStatus(view);
     if (nextStage != ui.liveStage) {
         ui.liveStage = nextStage;
-        if (ui.mode == UIMode::home && ui.demoStage == AlertStage::none) handleStageChange(true);
+        if (ui.mode == UIMode::home) handleStageChange(true);
     }
     setTickRate(needsQuickTicks(view));
 }
@@ -44,12 +40,11 @@ void AppController::enterMode(UIMode next) {
 }
 
 void AppController::handleStageChange(bool forceSound) {
-    const auto stage = currentStage();
+    const auto stage = ui.liveStage;
     const bool changed = stage != ui.lastAnnounced;
     ui.lastAnnounced = stage;
     if (ui.mode != UIMode::home) return;
     if (stage == AlertStage::none) {
-        stopEmergencyRepeat();
         loadPage(ui.isExpanded ? "expanded" : "index");
         if (!ui.isExpanded) resizeKeepingBottom(compactSize, false);
         return;
@@ -57,21 +52,13 @@ void AppController::handleStageChange(bool forceSound) {
     ui.isExpanded = true;
     loadPage("expanded");
     resizeKeepingBottom(expandedSize, true);
-    if (changed && forceSound) {
-        if (stage == AlertStage::extreme) {
-            playSoftChime();
-        } else if (ui.demoStage != AlertStage::none) {
-            // A real emergency's alarm belongs to the engine's sounder, not to the window.
-            playUrgentAlert();
-            startEmergencyRepeat();
-        }
-    }
+    // An emergency's alarm belongs to the engine's sounder, not to the window.
+    if (changed && forceSound && stage == AlertStage::extreme) playSoftChime();
     shell_.announce(stage == AlertStage::extreme ? "Extreme heat" : "Heat emergency");
 }
 
 void AppController::applyHome() {
-    stopEmergencyRepeat();
-    if (isUp(currentStage())) {
+    if (isUp(ui.liveStage)) {
         ui.isExpanded = true;
         if (ui.mode == UIMode::home) loadPage("expanded");
         resizeKeepingBottom(expandedSize, false);
@@ -92,7 +79,7 @@ void AppController::expand(bool animate) {
 
 void AppController::collapse(bool animate) {
     // The window stays large while a stage is up, even when a page asks otherwise.
-    if (isUp(currentStage()) || ui.mode != UIMode::home) return;
+    if (isUp(ui.liveStage) || ui.mode != UIMode::home) return;
     ui.isExpanded = false;
     loadPage("index");
     resizeKeepingBottom(compactSize, animate);

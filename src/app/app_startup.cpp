@@ -39,7 +39,7 @@ AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop
 }
 
 AppController::~AppController() {
-    for (const auto timer : {pollTimer_, idleTimer_, liveTimer_, ui.emergencyRepeatTimer}) {
+    for (const auto timer : {pollTimer_, idleTimer_, liveTimer_}) {
         if (timer) loop_.stop(*timer);
     }
 }

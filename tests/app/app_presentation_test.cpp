@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/app_harness.hpp"
+#include "policy/constants.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -74,9 +75,11 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     EXPECT_TRUE(isSize(h.shell.frameChanges[0].frame, expandedFrame));
     EXPECT_TRUE(h.shell.sounds.empty());
     EXPECT_EQ(h.shell.announcements.size(), 1U);
-    EXPECT_FALSE(app.ui.emergencyRepeatTimer.has_value());
     // The engine's own alarm still sounds through the sounder.
     EXPECT_EQ(h.systemSounder->cues, std::vector<std::string>{"alarm"});
+    // Nor does the window repeat one of its own while the engine's alarm repeats.
+    h.loop.advance(watchdog::emergencyAlarmIntervalSeconds);
+    EXPECT_TRUE(h.shell.sounds.empty());
 }
 
 TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge) {
@@ -175,50 +178,6 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     // Still expanded: the stage made it large and nothing collapsed it.
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
     EXPECT_TRUE(h.shell.frameChanges.empty());
-}
-
-// Nothing in the product sets a demonstration stage; these keep its branches honest.
-TEST(StagePresentation, DemoEmergencyPlaysTheUrgentAlertAndRepeatsItWhileVisible) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch();
-    app.ui.demoStage = AlertStage::emergency;
-    app.handleStageChange(true);
-    EXPECT_EQ(h.shell.sounds, std::vector<std::string>{"Sosumi"});
-    ASSERT_TRUE(app.ui.emergencyRepeatTimer.has_value());
-    h.loop.advance(15.0);
-    EXPECT_EQ(h.shell.sounds.size(), 2U);
-    h.shell.visible = false;
-    h.loop.advance(15.0);
-    EXPECT_EQ(h.shell.sounds.size(), 2U);
-    EXPECT_TRUE(h.loop.isScheduled(*app.ui.emergencyRepeatTimer));  // keeps running
-}
-
-TEST(StagePresentation, ApplyingTheHomePageStopsTheEmergencyRepeat) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch({"--mute"});
-    app.ui.demoStage = AlertStage::emergency;
-    app.handleStageChange(true);
-    EXPECT_EQ(h.countLines("sound: urgent (muted)"), 1);
-    const auto timer = *app.ui.emergencyRepeatTimer;
-    app.applyHome();
-    EXPECT_FALSE(app.ui.emergencyRepeatTimer.has_value());
-    EXPECT_FALSE(h.loop.isScheduled(timer));
-}
-
-TEST(StagePresentation, DemoStageWinsTheCurrentStageAndBlocksLiveCues) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch();
-    app.ui.demoStage = AlertStage::extreme;
-    h.readings->thermal = ThermalState::critical;
-    h.recordConsent(false);
-    h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
-    EXPECT_EQ(app.currentStage(), AlertStage::extreme);
-    EXPECT_TRUE(h.shell.sounds.empty());
-    EXPECT_TRUE(h.shell.announcements.empty());
 }
 
 }  // namespace
