@@ -13,7 +13,7 @@ constexpr Rgb emergencyRed{0.97, 0.44, 0.44};
 }  // namespace
 
 void AppController::updateChrome(const nlohmann::json& view) {
-    if (ui.mode == UIMode::count) {
+    if (ui_.mode == UIMode::count) {
         const bool sim = viewFlag(view, "sim");
         const bool fired = viewText(view, "state", "idle") == "fired";
         const auto seconds = std::to_string(viewInteger(view, "remaining", 0));
@@ -26,12 +26,12 @@ void AppController::updateChrome(const nlohmann::json& view) {
         return;
     }
     shell_.removeCountdownItem();
-    const auto title = ui.mode == UIMode::manual ? std::string("SHUT DOWN MANUALLY") : baseTitle();
+    const auto title = ui_.mode == UIMode::manual ? std::string("SHUT DOWN MANUALLY") : baseTitle();
     if (shell_.windowTitle() != title) shell_.setWindowTitle(title);
 }
 
 void AppController::playSoftChime() {
-    if (opts.mute) {
+    if (opts_.mute) {
         log("sound: soft chime (muted)");
     } else {
         shell_.playSound("Tink");
@@ -43,7 +43,7 @@ void AppController::reportStatus(const nlohmann::json& view) {
     status_.state = viewText(view, "state", "idle");
     status_.countdown.reset();
     if (status_.state == "countdown") status_.countdown = viewInteger(view, "remaining", 0);
-    status_.mode = std::string(modeName(ui.mode));
+    status_.mode = std::string(modeName(ui_.mode));
     status_.simulation = viewFlag(view, "sim");
     shell_.statusChanged(status_);
     notifyTicked(view);

@@ -20,10 +20,10 @@ TEST(StagePresentation, SimulatedCountdownIsCountAndLeavesTheLiveStageAtNone) {
     h.recordConsent();
     auto& app = h.launch({"--mute"});
     h.send("stagec", h.withToken("test"));
-    EXPECT_EQ(app.ui.mode, UIMode::lead);
+    EXPECT_EQ(app.presentation().mode, UIMode::lead);
     h.loop.advance(4.5);
-    EXPECT_EQ(app.ui.mode, UIMode::count);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::none);
+    EXPECT_EQ(app.presentation().mode, UIMode::count);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     EXPECT_TRUE(h.logged("ui: mode lead -> count"));
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_TRUE(h.shell.countdownItem->first.starts_with("SIMULATION "));
@@ -37,8 +37,8 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::serious;
     h.loop.advance(1.0);  // the next sample sees it, the next tick acts on it
-    EXPECT_EQ(app.ui.liveStage, AlertStage::extreme);
-    EXPECT_TRUE(app.ui.isExpanded);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::extreme);
+    EXPECT_TRUE(app.presentation().isExpanded);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
     ASSERT_EQ(h.shell.frameChanges.size(), 1U);
     EXPECT_TRUE(isSize(h.shell.frameChanges[0].frame, expandedFrame));
@@ -69,8 +69,8 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::critical;
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.mode, UIMode::home);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::emergency);
     ASSERT_FALSE(h.shell.frameChanges.empty());
     EXPECT_TRUE(isSize(h.shell.frameChanges[0].frame, expandedFrame));
     EXPECT_TRUE(h.shell.sounds.empty());
@@ -93,14 +93,14 @@ TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge)
     h.send("heat", h.withToken("dismiss"));
     EXPECT_TRUE(h.shell.frameChanges.empty());
     EXPECT_TRUE(h.shell.loads.empty());
-    EXPECT_TRUE(app.ui.isExpanded);
+    EXPECT_TRUE(app.presentation().isExpanded);
 }
 
 TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
-    EXPECT_EQ(app.ui.mode, UIMode::count);
+    EXPECT_EQ(app.presentation().mode, UIMode::count);
     h.loop.advance(3.0);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "EMERGENCY 7s");
@@ -109,7 +109,7 @@ TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem
     EXPECT_EQ(h.shell.countdownItemsCreated, 1);
 
     h.send("stagec", h.withToken("cancel"));
-    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_FALSE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor");
     EXPECT_TRUE(h.logged("ui: mode count -> home"));
@@ -130,7 +130,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     h.loop.advance(10.25);
-    EXPECT_EQ(app.engine->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(app.engine()->snapshot().real.state, CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "SHUTTING DOWN");
@@ -174,7 +174,7 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::nominal;
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::none);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     // Still expanded: the stage made it large and nothing collapsed it.
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
     EXPECT_TRUE(h.shell.frameChanges.empty());
