@@ -44,77 +44,78 @@ std::string settingsText(const Settings& settings) {
 }  // namespace
 
 Engine::Engine(Parts parts, MonoTime now)
-    : sensor(std::move(parts.sensor)),
-      settings(std::move(parts.settings)),
-      settingsCache(parts.settingsCache ? std::move(parts.settingsCache) : readOnceCache(settings)),
-      markers(std::move(parts.markers)),
-      markerJobs(markers),
-      shutdowner(std::move(parts.shutdowner)),
-      sounder(std::move(parts.sounder)),
-      log(std::move(parts.log)),
-      alerter(parts.alerter),
-      lastNow(now),
+    : sensor_(std::move(parts.sensor)),
+      settings_(std::move(parts.settings)),
+      settingsCache_(parts.settingsCache ? std::move(parts.settingsCache)
+                                         : readOnceCache(settings_)),
+      markers_(std::move(parts.markers)),
+      markerJobs_(markers_),
+      shutdowner_(std::move(parts.shutdowner)),
+      sounder_(std::move(parts.sounder)),
+      log_(std::move(parts.log)),
+      alerter_(parts.alerter),
+      lastNow_(now),
       words_(*parts.platformTexts),
       wallClock_(parts.wallClock ? std::move(parts.wallClock) : &Timestamp::now) {
     logStart();
 }
 
 void Engine::logStart() {
-    const auto snapshot = settingsCache->snapshot();
-    settingsInForce = snapshot.settings;
+    const auto snapshot = settingsCache_->snapshot();
+    settingsInForce_ = snapshot.settings;
     settingsVersion_ = snapshot.version;
-    emit("stage-c: settings loaded: " + settingsText(settingsInForce) +
-         " enabled=" + boolText(settingsInForce.enabled()));
+    emit("stage-c: settings loaded: " + settingsText(settingsInForce_) +
+         " enabled=" + boolText(settingsInForce_.enabled()));
     if (!snapshot.loaded) {
         emit(
             "stage-c: the settings file is slow to read; no automatic shutdown until it has "
             "been read");
     }
     noteSettingsProblem(snapshot.problem);
-    emit(thresholdsLine(alerter, words_));
-    const auto found = markers.inspect();
+    emit(thresholdsLine(alerter_, words_));
+    const auto found = markers_.inspect();
     if (!found.marker && found.problem.empty()) return;
-    markers.clear();
+    markers_.clear();
     if (!found.marker) {
         // Not one this program wrote: a relief screen with empty fields would tell the user of
         // a shutdown that never happened.
-        emit("stage-c: marker found at launch but not usable (" + markers.url().string() + " " +
+        emit("stage-c: marker found at launch but not usable (" + markers_.url().string() + " " +
              found.problem + "); no relief shown; marker cleared");
         return;
     }
     const auto& marker = found.marker;
-    relief = Relief{marker->peakC, false};
+    relief_ = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
-    reliefHoldUntil = lastNow + watchdog::reliefHoldSeconds;
+    reliefHoldUntil_ = lastNow_ + watchdog::reliefHoldSeconds;
     emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHoldSeconds) +
          "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
 bool Engine::reliefHolds(MonoTime now) {
-    if (!reliefHoldUntil) return false;
-    if (now < *reliefHoldUntil) return true;
-    reliefHoldUntil.reset();
+    if (!reliefHoldUntil_) return false;
+    if (now < *reliefHoldUntil_) return true;
+    reliefHoldUntil_.reset();
     emit("stage-c: relief hold over; countdowns allowed again");
     return false;
 }
 
 nlohmann::json Engine::tick(MonoTime now) {
-    lastNow = now;
-    tempC = sensor ? sensor->readC() : std::nullopt;
-    level = alerter.update(tempC, now);
+    lastNow_ = now;
+    tempC_ = sensor_ ? sensor_->readC() : std::nullopt;
+    level_ = alerter_.update(tempC_, now);
     followSettings();  // from memory: the file is read off this thread when it changes
     reportLateMarker();
-    const bool critical = level == Level::blowout;
-    const bool enabled = settingsInForce.enabled() && !reliefHolds(now);
-    const bool calm = level.has_value() && *level <= Level::warm;
-    if (!critical && manual && !realRunning()) {
+    const bool critical = level_ == Level::blowout;
+    const bool enabled = settingsInForce_.enabled() && !reliefHolds(now);
+    const bool calm = level_.has_value() && *level_ <= Level::warm;
+    if (!critical && manual_ && !realRunning()) {
         emit("stage-c: manual-shutdown notice cleared (no longer critical)");
-        manual.reset();
+        manual_.reset();
     }
-    if (critical && tempC && *tempC > peak) peak = *tempC;
-    if (!critical && real.state == CountdownState::idle) peak = 0;
-    for (const CountdownEvent& event : real.step(now, CountdownInput{critical, calm, enabled})) {
+    if (critical && tempC_ && *tempC_ > peak_) peak_ = *tempC_;
+    if (!critical && real_.state == CountdownState::idle) peak_ = 0;
+    for (const CountdownEvent& event : real_.step(now, CountdownInput{critical, calm, enabled})) {
         handle(event, now, false);
     }
     soundEmergencyAlarm(now);
@@ -125,13 +126,13 @@ nlohmann::json Engine::tick(MonoTime now) {
 }
 
 void Engine::followSettings() {
-    if (settingsCache->version() == settingsVersion_) return;
-    const auto snapshot = settingsCache->snapshot();
+    if (settingsCache_->version() == settingsVersion_) return;
+    const auto snapshot = settingsCache_->snapshot();
     settingsVersion_ = snapshot.version;
-    if (snapshot.settings != settingsInForce) {
-        settingsInForce = snapshot.settings;
-        emit("stage-c: settings changed: " + settingsText(settingsInForce) +
-             " enabled=" + boolText(settingsInForce.enabled()));
+    if (snapshot.settings != settingsInForce_) {
+        settingsInForce_ = snapshot.settings;
+        emit("stage-c: settings changed: " + settingsText(settingsInForce_) +
+             " enabled=" + boolText(settingsInForce_.enabled()));
     }
     noteSettingsProblem(snapshot.problem);
 }
@@ -140,8 +141,8 @@ void Engine::followSettings() {
 void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
     if (problem == settingsProblem_) return;
     if (problem) {
-        emit("stage-c: settings file " + settings.url().string() + " " + *problem + "; keeping " +
-             settingsText(settingsInForce));
+        emit("stage-c: settings file " + settings_.url().string() + " " + *problem + "; keeping " +
+             settingsText(settingsInForce_));
     } else {
         emit("stage-c: settings file readable again");
     }
@@ -149,57 +150,57 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
 }
 
 void Engine::soundEmergencyAlarm(MonoTime now) {
-    const bool simCounting = sim && sim->state == CountdownState::countdown;
-    if (level != Level::blowout || realRunning() || simCounting) return;
+    const bool simCounting = sim_ && sim_->state == CountdownState::countdown;
+    if (level_ != Level::blowout || realRunning() || simCounting) return;
     const bool alarmedRecently =
-        lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds;
+        lastEmergencyAlarm_ && now - *lastEmergencyAlarm_ < watchdog::emergencyAlarmIntervalSeconds;
     if (alarmedRecently) return;
-    lastEmergencyAlarm = now;
-    sounder->alarm();
+    lastEmergencyAlarm_ = now;
+    sounder_->alarm();
 }
 
 void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
-    if (real.state != lastLoggedState) {
-        emit("stage-c: state " + std::string(rawValue(lastLoggedState)) + " -> " +
-             std::string(rawValue(real.state)) + " (thermal=" +
-             (level ? std::string(stateName(*level)) : "n/a") + " ladder=" + integerPart(tempC) +
-             " level=" + (level ? std::string(label(*level)) : "n/a") +
+    if (real_.state != lastLoggedState_) {
+        emit("stage-c: state " + std::string(rawValue(lastLoggedState_)) + " -> " +
+             std::string(rawValue(real_.state)) + " (thermal=" +
+             (level_ ? std::string(stateName(*level_)) : "n/a") + " ladder=" + integerPart(tempC_) +
+             " level=" + (level_ ? std::string(label(*level_)) : "n/a") +
              " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
-        lastLoggedState = real.state;
+        lastLoggedState_ = real_.state;
         return;
     }
-    if (real.state == CountdownState::countdown && now - lastLog >= kCountdownLogInterval) {
-        lastLog = now;
-        emit("stage-c: countdown remaining=" + std::to_string(real.remaining(now)) +
-             "s peak ladder=" + integerPart(peak));
+    if (real_.state == CountdownState::countdown && now - lastLog_ >= kCountdownLogInterval) {
+        lastLog_ = now;
+        emit("stage-c: countdown remaining=" + std::to_string(real_.remaining(now)) +
+             "s peak ladder=" + integerPart(peak_));
     }
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real.state != CountdownState::fired || !firedAt) return;
-    if (now - *firedAt < watchdog::failsafeSeconds) return;
+    if (real_.state != CountdownState::fired || !firedAt_) return;
+    if (now - *firedAt_ < watchdog::failsafeSeconds) return;
     emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
-    markerJobs.clear();
-    real.reset();  // idle, no previous step, no pending cancel; deadlines are left
-    firedAt.reset();
+    markerJobs_.clear();
+    real_.reset();  // idle, no previous step, no pending cancel; deadlines are left
+    firedAt_.reset();
 }
 
 void Engine::stepSimulation(MonoTime now) {
-    if (!sim) return;
+    if (!sim_) return;
     if (realRunning()) {
         emit("stage-c: SIMULATION stopped: real countdown took over");
-        sim.reset();
+        sim_.reset();
         return;
     }
-    if (now - simStart < watchdog::simulationLeadInSeconds) return;
-    for (const CountdownEvent& event : sim->step(now, CountdownInput{true, false, true})) {
+    if (now - simStart_ < watchdog::simulationLeadInSeconds) return;
+    for (const CountdownEvent& event : sim_->step(now, CountdownInput{true, false, true})) {
         handle(event, now, true);
     }
 }
 
 void Engine::emit(const std::string& line) const {
-    if (log) log(line);
+    if (log_) log_(line);
 }
 
 }  // namespace velmora

@@ -27,61 +27,61 @@ void Engine::startSim(MonoTime now) {
     }
     const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds,
                                     watchdog::staleGapSeconds, false};
-    sim.emplace(rehearsal, true);
-    simStart = now;
+    sim_.emplace(rehearsal, true);
+    simStart_ = now;
     emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) +
          "s Stage B lead-in + " + integerPart(watchdog::countdownSeconds) +
          "s countdown). NO shutdown will be run.");
 }
 
 void Engine::cancel(MonoTime now) {
-    if (sim) {
+    if (sim_) {
         emit("stage-c SIMULATION: cancelled/stopped by user");
-        sim.reset();
+        sim_.reset();
         return;
     }
-    switch (real.state) {
+    switch (real_.state) {
         case CountdownState::countdown:
             emit("stage-c: user pressed Keep working · Cancel during the countdown");
-            markerJobs.clear();
-            real.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
-            firedAt.reset();
-            errorMessage.clear();
+            markerJobs_.clear();
+            real_.cancel(now);  // its `cancel` event is deliberately neither logged nor sounded
+            firedAt_.reset();
+            errorMessage_.clear();
             emit("stage-c: cancelled before the shutdown ran; grace " +
                  integerPart(watchdog::graceSeconds) + "s");
             break;
         case CountdownState::fired:
             // Once the shutdown has been called it is not undone.
-            errorMessage = std::string(words_.tooLateToCancel);
+            errorMessage_ = std::string(words_.tooLateToCancel);
             emit(std::string(words_.cancelRefusedLog));
             break;
         case CountdownState::idle:
         case CountdownState::grace:
         case CountdownState::done:
-            emit("stage-c: cancel ignored (state " + std::string(rawValue(real.state)) + ")");
+            emit("stage-c: cancel ignored (state " + std::string(rawValue(real_.state)) + ")");
             break;
     }
 }
 
 void Engine::dismissSim() {
     // A running rehearsal is stopped by cancel.
-    if (!sim || sim->state != CountdownState::done) return;
+    if (!sim_ || sim_->state != CountdownState::done) return;
     emit("stage-c SIMULATION: dismissed");
-    sim.reset();
+    sim_.reset();
 }
 
 void Engine::dismissRelief() {
-    relief.reset();
+    relief_.reset();
     emit("stage-c: relief screen dismissed");
 }
 
 void Engine::dismissManual() {
-    manual.reset();
+    manual_.reset();
     emit("stage-c: manual-shutdown notice dismissed");
 }
 
 void Engine::dismissPermission() {
-    permissionDismissed = true;  // for this run only; never saved
+    permissionDismissed_ = true;  // for this run only; never saved
     emit("stage-c: permission notice dismissed for this run");
 }
 
@@ -97,8 +97,8 @@ bool Engine::consent(bool on, Timestamp wallNow) {
 
 bool Engine::setAuto(bool on, Timestamp wallNow) {
     // Changing the switch counts as consent; the first consent time is kept.
-    const auto consentAt = settingsInForce.consentRecorded
-                               ? settingsInForce.consentAt
+    const auto consentAt = settingsInForce_.consentRecorded
+                               ? settingsInForce_.consentAt
                                : std::optional<std::string>(rfc3339(wallNow));
     return holdAnswer(Settings{on, true, consentAt}, "stage-c: ERROR saving setting: ",
                       "stage-c: setting 'Auto-shutdown in emergency' = " + boolText(on) +
@@ -109,17 +109,17 @@ bool Engine::setAuto(bool on, Timestamp wallNow) {
 // be overruled by an older "yes" on disk.
 bool Engine::holdAnswer(const Settings& answer, const std::string& failurePrefix,
                         const std::string& savedLine) {
-    settingsInForce = answer;
-    const auto error = settingsCache->keep(answer, kSettingsSaveWait);
+    settingsInForce_ = answer;
+    const auto error = settingsCache_->keep(answer, kSettingsSaveWait);
     if (error) {
         emit(failurePrefix + error->message);
         emit("stage-c: the answer holds until quit: autoShutdown=" +
-             boolText(settingsInForce.autoShutdown) +
-             " enabled=" + boolText(settingsInForce.enabled()));
+             boolText(settingsInForce_.autoShutdown) +
+             " enabled=" + boolText(settingsInForce_.enabled()));
     } else {
         emit(savedLine);
     }
-    if (settingsInForce.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
+    if (settingsInForce_.autoShutdown) probePermission(kAutoShutdownTurnedOn, true);
     return !error;
 }
 

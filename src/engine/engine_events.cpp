@@ -30,10 +30,10 @@ void Engine::handle(const CountdownEvent& event, MonoTime now, bool simulated) {
             emit("stage-c SIMULATION: complete. shutdown was NOT called.");
             break;
         case CountdownEventKind::countdownStart:
-            sounder->urgent();
+            sounder_->urgent();
             break;
         case CountdownEventKind::cue:
-            sounder->tick();
+            sounder_->tick();
             break;
         default:
             break;  // a rehearsal has no other effects
@@ -43,24 +43,24 @@ void Engine::handle(const CountdownEvent& event, MonoTime now, bool simulated) {
 void Engine::handleReal(const CountdownEvent& event, MonoTime now) {
     switch (event.kind) {
         case CountdownEventKind::countdownStart:
-            errorMessage.clear();
-            manual.reset();
-            sounder->urgent();
+            errorMessage_.clear();
+            manual_.reset();
+            sounder_->urgent();
             probePermission("countdown start", false);
             break;
         case CountdownEventKind::cue:
-            sounder->tick();
+            sounder_->tick();
             break;
         case CountdownEventKind::fire:
-            firedAt = now;
+            firedAt_ = now;
             runShutdown();
             break;
         case CountdownEventKind::abort:
         case CountdownEventKind::stale:
-            markerJobs.clear();
+            markerJobs_.clear();
             break;
         case CountdownEventKind::cooled:
-            relief = Relief{peak, true};
+            relief_ = Relief{peak_, true};
             break;
         case CountdownEventKind::simComplete:
         case CountdownEventKind::cancel:
@@ -70,10 +70,10 @@ void Engine::handleReal(const CountdownEvent& event, MonoTime now) {
 }
 
 void Engine::runShutdown() {
-    const Marker marker{rfc3339(wallClock_()), peak, "emergency countdown reached 0"};
+    const Marker marker{rfc3339(wallClock_()), peak_, "emergency countdown reached 0"};
     // The marker is written beside the shutdown call: a slow disk gets a short wait, never the
     // power-off's delay.
-    auto written = markerJobs.write(marker);
+    auto written = markerJobs_.write(marker);
     if (written.wait_for(kMarkerWait) == std::future_status::ready) {
         logMarkerWrite(written.get(), false);
     } else {
@@ -83,9 +83,9 @@ void Engine::runShutdown() {
     }
     emit("stage-c: countdown reached 0; calling the shutdown (" +
          std::string(words_.shutdownMechanism) + ")");
-    shutdownCalls += 1;
+    shutdownCalls_ += 1;
     // Success needs no answer: the machine is going down, and the failsafe covers silence.
-    shutdowner->shutdown(
+    shutdowner_->shutdown(
         [weak = std::weak_ptr<Engine*>(self_)](const std::optional<ShutdownError>& error) {
             const auto self = weak.lock();
             if (self && error) (*self)->onShutdownFailed(*error);
@@ -97,8 +97,8 @@ void Engine::logMarkerWrite(const WriteError& error, bool late) {
         emit("stage-c: WARNING could not write marker: " + error->message +
              (late ? " (the shutdown was already called)" : " (shutting down anyway)"));
     } else {
-        emit("stage-c: marker written " + markers.url().string() + " (peak ladder " +
-             integerPart(peak) + ")" + (late ? " after the shutdown call" : ""));
+        emit("stage-c: marker written " + markers_.url().string() + " (peak ladder " +
+             integerPart(peak_) + ")" + (late ? " after the shutdown call" : ""));
     }
 }
 
@@ -112,49 +112,49 @@ void Engine::reportLateMarker() {
 void Engine::onShutdownFailed(const ShutdownError& error) {
     emit("stage-c: ERROR shutdown failed: " + error.description() +
          "; clearing marker; telling the user to shut down manually");
-    markerJobs.clear();  // after the write, however slow that is
-    errorMessage = "Could not shut down: " + error.description();
+    markerJobs_.clear();  // after the write, however slow that is
+    errorMessage_ = "Could not shut down: " + error.description();
     noteFailure(error);
     // The latest tick's time, not the completion's: grace is measured on the tick clock.
-    real.shutdownFailed(lastNow);
-    firedAt.reset();
-    sounder->urgent();
+    real_.shutdownFailed(lastNow_);
+    firedAt_.reset();
+    sounder_->urgent();
 }
 
 void Engine::noteFailure(const ShutdownError& error) {
     if (error.kind == ShutdownError::Kind::denied) {
-        permission = PermissionState::denied(error.text);
-        permissionDismissed = false;
-        manual = ManualFail{std::string(words_.permissionMessage), true};
+        permission_ = PermissionState::denied(error.text);
+        permissionDismissed_ = false;
+        manual_ = ManualFail{std::string(words_.permissionMessage), true};
         return;
     }
-    manual = ManualFail{std::string(words_.osErrorPrefix) + error.description(), false};
+    manual_ = ManualFail{std::string(words_.osErrorPrefix) + error.description(), false};
 }
 
 void Engine::probePermission(const std::string& reason, bool user) {
-    if (user) permissionDismissed = false;  // the user asked: show the answer again
-    if (probing) return;
-    probing = true;
+    if (user) permissionDismissed_ = false;  // the user asked: show the answer again
+    if (probing_) return;
+    probing_ = true;
     emit("stage-c: automation permission probe (" + reason + ")");
-    shutdowner->probe([weak = std::weak_ptr<Engine*>(self_)](const AutomationOutcome& outcome) {
+    shutdowner_->probe([weak = std::weak_ptr<Engine*>(self_)](const AutomationOutcome& outcome) {
         if (const auto self = weak.lock()) (*self)->onProbeResult(outcome);
     });
 }
 
 void Engine::onProbeResult(const AutomationOutcome& outcome) {
-    probing = false;
+    probing_ = false;
     switch (outcome.kind) {
         case AutomationOutcome::Kind::denied:
-            permission = PermissionState::denied(outcome.text);
+            permission_ = PermissionState::denied(outcome.text);
             emit("stage-c: automation permission: DENIED (" + outcome.text + ")");
             break;
         case AutomationOutcome::Kind::failed:
-            permission = PermissionState::failed(outcome.text);
+            permission_ = PermissionState::failed(outcome.text);
             emit("stage-c: automation permission: probe failed (" + outcome.text + ")");
             break;
         case AutomationOutcome::Kind::granted:
-            permission = PermissionState::granted();
-            permissionDismissed = false;
+            permission_ = PermissionState::granted();
+            permissionDismissed_ = false;
             emit("stage-c: automation permission: granted");
             break;
     }

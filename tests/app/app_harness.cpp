@@ -86,6 +86,7 @@ AppController& AppHarness::build(std::vector<std::string> args, const PlatformEn
     services.systemSounder = [this] { return systemSounder; };
     services.connectLog = [this](LogSink log) { earlyPartsLog = std::move(log); };
     services.token = "0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9";
+    services.logMirror = logMirror;
     app = std::make_unique<AppController>(std::move(*opts), shell, loop, std::move(services));
     return *app;
 }
@@ -107,7 +108,7 @@ void AppHarness::recordConsent(bool autoShutdown) const {
 }
 
 std::vector<std::string> AppHarness::logLines() const {
-    if (app && app->logger) app->logger->drain();
+    if (app) app->drainLog();
     std::vector<std::string> lines;
     std::ifstream in(dir / "heat.log");
     for (std::string line; std::getline(in, line);) {
@@ -134,7 +135,7 @@ void AppHarness::send(const std::string& name, nlohmann::json body) {
 }
 
 nlohmann::json AppHarness::withToken(const std::string& action) const {
-    return nlohmann::json{{"action", action}, {"token", app->token}};
+    return nlohmann::json{{"action", action}, {"token", app->token()}};
 }
 
 std::vector<std::string> AppHarness::renders() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -79,6 +80,8 @@ class AppHarness {
     std::shared_ptr<RecordingShutdowner> realShutdowner = std::make_shared<RecordingShutdowner>();
     std::shared_ptr<RecordingSounder> systemSounder = std::make_shared<RecordingSounder>();
     std::shared_ptr<MemoryPreferences> preferences = std::make_shared<MemoryPreferences>();
+    /// Given every log line, as the journal is, when set before `build`.
+    std::function<void(const std::string&)> logMirror;
     std::unique_ptr<AppController> app;
     /// The log handed to parts made before the controller (the sound player).
     LogSink earlyPartsLog;

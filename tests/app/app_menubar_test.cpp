@@ -12,7 +12,7 @@ TEST(MenuBar, StoredDarkWithACapitalLoadsAsAuto) {
     AppHarness h;
     h.preferences->setText(appearanceDefaultsKey, "Dark");
     auto& app = h.launch();
-    EXPECT_EQ(app.appearance, AppearancePref::autoTheme);
+    EXPECT_EQ(app.appearance(), AppearancePref::autoTheme);
     EXPECT_TRUE(h.shell.checked[MenuAction::appearanceAuto]);
 }
 
@@ -31,14 +31,14 @@ TEST(MenuBar, ChoosingDarkFromTheMenuTellsBothViewsChecksOnlyDarkAndLogs) {
     EXPECT_EQ(h.preferences->text(appearanceDefaultsKey), "dark");
     EXPECT_EQ(h.shell.appliedAppearances, std::vector<AppearancePref>{AppearancePref::dark});
     EXPECT_EQ(h.shell.documentStartScripts[WebView::main],
-              documentStartScript(h.app->token, "dark"));
+              documentStartScript(h.app->token(), "dark"));
 }
 
 TEST(MenuBar, ThemeMessageFromAPageUpdatesChecksAndPopoverButNotTheMainPage) {
     AppHarness h;
     h.launch();
     h.shell.clearRecords();
-    h.send("theme", json{{"token", h.app->token}, {"pref", "light"}});
+    h.send("theme", json{{"token", h.app->token()}, {"pref", "light"}});
     EXPECT_TRUE(h.shell.scripts(WebView::main).empty());
     EXPECT_EQ(h.shell.scripts(WebView::menu), std::vector<std::string>{themeCall("light")});
     EXPECT_TRUE(h.shell.checked[MenuAction::appearanceLight]);
@@ -87,13 +87,13 @@ TEST(MenuBar, HeatItemRoundsTheTemperatureAndColoursTheLevel) {
 TEST(MenuBar, FirstSampleIsLoggedTheSecondToTenthAreNotTheEleventhIs) {
     AppHarness h;
     auto& app = h.launch();
-    EXPECT_EQ(app.ui.liveCount, 1);
+    EXPECT_EQ(app.presentation().liveCount, 1);
     EXPECT_EQ(h.countLines("live: thermal="), 1);
     h.loop.advance(9.0);
-    EXPECT_EQ(app.ui.liveCount, 10);
+    EXPECT_EQ(app.presentation().liveCount, 10);
     EXPECT_EQ(h.countLines("live: thermal="), 1);
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveCount, 11);
+    EXPECT_EQ(app.presentation().liveCount, 11);
     EXPECT_EQ(h.countLines("live: thermal="), 2);
 }
 
@@ -120,7 +120,7 @@ TEST(MenuBar, OpeningThePopoverPushesTheCurrentLiveDataAtOnce) {
     h.app->toggleMenuPopover();
     EXPECT_TRUE(h.shell.popoverOpen);
     EXPECT_EQ(h.shell.scripts(WebView::menu),
-              std::vector<std::string>{liveCall(h.app->ui.liveJSON)});
+              std::vector<std::string>{liveCall(h.app->presentation().liveJSON)});
     h.app->toggleMenuPopover();
     EXPECT_FALSE(h.shell.popoverOpen);
 }
@@ -142,13 +142,13 @@ TEST(MenuBar, PopoverPageFinishingItsLoadGetsTheLiveData) {
     h.shell.clearRecords();
     h.app->pageFinished(WebView::menu);
     EXPECT_EQ(h.shell.scripts(WebView::menu),
-              std::vector<std::string>{liveCall(h.app->ui.liveJSON)});
+              std::vector<std::string>{liveCall(h.app->presentation().liveJSON)});
 }
 
 TEST(MenuBar, LiveJsonIsTheLiveModelsText) {
     AppHarness h;
     auto& app = h.launch();
-    const auto parsed = json::parse(app.ui.liveJSON);
+    const auto parsed = json::parse(app.presentation().liveJSON);
     EXPECT_TRUE(parsed.contains("status"));
     EXPECT_TRUE(parsed.contains("sensorList"));
 }
@@ -158,7 +158,7 @@ TEST(MenuBar, SettingsItemShowsTheSettingsPage) {
     h.recordConsent();
     auto& app = h.launch();
     app.menuAction(MenuAction::settings);
-    EXPECT_EQ(app.ui.mode, UIMode::settings);
+    EXPECT_EQ(app.presentation().mode, UIMode::settings);
     EXPECT_TRUE(h.logged("ui: mode home -> settings"));
 }
 
@@ -166,11 +166,12 @@ TEST(MenuBar, TestEmergencyItemStartsASimulation) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
-    app.ui.wantSettings = true;
+    app.menuAction(MenuAction::settings);
+    ASSERT_TRUE(app.presentation().wantSettings);
     app.menuAction(MenuAction::testEmergency);
-    EXPECT_FALSE(app.ui.wantSettings);
-    EXPECT_TRUE(app.engine->simActive());
-    EXPECT_EQ(app.ui.mode, UIMode::lead);
+    EXPECT_FALSE(app.presentation().wantSettings);
+    EXPECT_TRUE(app.engine()->simActive());
+    EXPECT_EQ(app.presentation().mode, UIMode::lead);
 }
 
 TEST(MenuBar, ExpandAndCollapseItems) {

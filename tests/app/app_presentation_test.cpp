@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/app_harness.hpp"
+#include "policy/constants.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -19,10 +20,10 @@ TEST(StagePresentation, SimulatedCountdownIsCountAndLeavesTheLiveStageAtNone) {
     h.recordConsent();
     auto& app = h.launch({"--mute"});
     h.send("stagec", h.withToken("test"));
-    EXPECT_EQ(app.ui.mode, UIMode::lead);
+    EXPECT_EQ(app.presentation().mode, UIMode::lead);
     h.loop.advance(4.5);
-    EXPECT_EQ(app.ui.mode, UIMode::count);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::none);
+    EXPECT_EQ(app.presentation().mode, UIMode::count);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     EXPECT_TRUE(h.logged("ui: mode lead -> count"));
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_TRUE(h.shell.countdownItem->first.starts_with("SIMULATION "));
@@ -36,8 +37,8 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::serious;
     h.loop.advance(1.0);  // the next sample sees it, the next tick acts on it
-    EXPECT_EQ(app.ui.liveStage, AlertStage::extreme);
-    EXPECT_TRUE(app.ui.isExpanded);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::extreme);
+    EXPECT_TRUE(app.presentation().isExpanded);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
     ASSERT_EQ(h.shell.frameChanges.size(), 1U);
     EXPECT_TRUE(isSize(h.shell.frameChanges[0].frame, expandedFrame));
@@ -68,15 +69,17 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::critical;
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.mode, UIMode::home);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::emergency);
     ASSERT_FALSE(h.shell.frameChanges.empty());
     EXPECT_TRUE(isSize(h.shell.frameChanges[0].frame, expandedFrame));
     EXPECT_TRUE(h.shell.sounds.empty());
     EXPECT_EQ(h.shell.announcements.size(), 1U);
-    EXPECT_FALSE(app.ui.emergencyRepeatTimer.has_value());
     // The engine's own alarm still sounds through the sounder.
     EXPECT_EQ(h.systemSounder->cues, std::vector<std::string>{"alarm"});
+    // Nor does the window repeat one of its own while the engine's alarm repeats.
+    h.loop.advance(watchdog::emergencyAlarmIntervalSeconds);
+    EXPECT_TRUE(h.shell.sounds.empty());
 }
 
 TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge) {
@@ -90,14 +93,14 @@ TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge)
     h.send("heat", h.withToken("dismiss"));
     EXPECT_TRUE(h.shell.frameChanges.empty());
     EXPECT_TRUE(h.shell.loads.empty());
-    EXPECT_TRUE(app.ui.isExpanded);
+    EXPECT_TRUE(app.presentation().isExpanded);
 }
 
 TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
-    EXPECT_EQ(app.ui.mode, UIMode::count);
+    EXPECT_EQ(app.presentation().mode, UIMode::count);
     h.loop.advance(3.0);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "EMERGENCY 7s");
@@ -106,7 +109,7 @@ TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem
     EXPECT_EQ(h.shell.countdownItemsCreated, 1);
 
     h.send("stagec", h.withToken("cancel"));
-    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_FALSE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor");
     EXPECT_TRUE(h.logged("ui: mode count -> home"));
@@ -127,7 +130,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     h.loop.advance(10.25);
-    EXPECT_EQ(app.engine->real.state, CountdownState::fired);
+    EXPECT_EQ(app.engine()->snapshot().real.state, CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "SHUTTING DOWN");
@@ -171,54 +174,10 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::nominal;
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::none);
+    EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     // Still expanded: the stage made it large and nothing collapsed it.
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
     EXPECT_TRUE(h.shell.frameChanges.empty());
-}
-
-// Nothing in the product sets a demonstration stage; these keep its branches honest.
-TEST(StagePresentation, DemoEmergencyPlaysTheUrgentAlertAndRepeatsItWhileVisible) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch();
-    app.ui.demoStage = AlertStage::emergency;
-    app.handleStageChange(true);
-    EXPECT_EQ(h.shell.sounds, std::vector<std::string>{"Sosumi"});
-    ASSERT_TRUE(app.ui.emergencyRepeatTimer.has_value());
-    h.loop.advance(15.0);
-    EXPECT_EQ(h.shell.sounds.size(), 2U);
-    h.shell.visible = false;
-    h.loop.advance(15.0);
-    EXPECT_EQ(h.shell.sounds.size(), 2U);
-    EXPECT_TRUE(h.loop.isScheduled(*app.ui.emergencyRepeatTimer));  // keeps running
-}
-
-TEST(StagePresentation, ApplyingTheHomePageStopsTheEmergencyRepeat) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch({"--mute"});
-    app.ui.demoStage = AlertStage::emergency;
-    app.handleStageChange(true);
-    EXPECT_EQ(h.countLines("sound: urgent (muted)"), 1);
-    const auto timer = *app.ui.emergencyRepeatTimer;
-    app.applyHome();
-    EXPECT_FALSE(app.ui.emergencyRepeatTimer.has_value());
-    EXPECT_FALSE(h.loop.isScheduled(timer));
-}
-
-TEST(StagePresentation, DemoStageWinsTheCurrentStageAndBlocksLiveCues) {
-    AppHarness h;
-    h.recordConsent();
-    auto& app = h.launch();
-    app.ui.demoStage = AlertStage::extreme;
-    h.readings->thermal = ThermalState::critical;
-    h.recordConsent(false);
-    h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
-    EXPECT_EQ(app.currentStage(), AlertStage::extreme);
-    EXPECT_TRUE(h.shell.sounds.empty());
-    EXPECT_TRUE(h.shell.announcements.empty());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <mutex>
 
 #include "app/app_harness.hpp"
 
@@ -43,7 +44,7 @@ TEST(AppStartup, TestEmergencyAloneGivesTheTestModeTitleAndBanner) {
     auto& app = h.launch({"--test-emergency"});
     EXPECT_EQ(app.baseTitle(), "Velmora Heat Monitor · TEST MODE");
     EXPECT_TRUE(h.logLines().front().find("testEmergency=true dryRun=true") != std::string::npos);
-    EXPECT_TRUE(app.engine->simActive());
+    EXPECT_TRUE(app.engine()->simActive());
     EXPECT_EQ(h.realShutdowner->shutdownCalls + h.realShutdowner->probeCalls, 0);
     EXPECT_EQ(h.countLines("stage-c: SIMULATION started"), 1);
 }
@@ -59,21 +60,21 @@ TEST(AppStartup, WindowIsCreatedWithTheBaseTitleThenShown) {
 TEST(AppStartup, SimulateDeniedWithoutADryRunUsesTheRealShutdowner) {
     AppHarness h;
     auto& app = h.launch({"--simulate-denied"});
-    EXPECT_EQ(app.shutdowner, h.realShutdowner);
+    EXPECT_EQ(app.shutdowner(), h.realShutdowner);
 }
 
 TEST(AppStartup, DryRunUsesTheDryRunShutdowner) {
     AppHarness h;
     auto& app = h.launch({"--dry-run-shutdown"});
-    EXPECT_NE(app.shutdowner, h.realShutdowner);
-    EXPECT_NE(dynamic_cast<DryRunShutdowner*>(app.shutdowner.get()), nullptr);
+    EXPECT_NE(app.shutdowner(), h.realShutdowner);
+    EXPECT_NE(dynamic_cast<DryRunShutdowner*>(app.shutdowner().get()), nullptr);
 }
 
 TEST(AppStartup, MuteChoosesTheMuteSounder) {
     AppHarness h;
     auto& app = h.launch({"--mute"});
-    EXPECT_NE(app.sounder, h.systemSounder);
-    app.sounder->tick();
+    EXPECT_NE(app.sounder(), h.systemSounder);
+    app.sounder()->tick();
     EXPECT_EQ(h.countLines("sound: tick (muted)"), 1);
 }
 
@@ -115,23 +116,23 @@ TEST(AppStartup, ConsentRecordedProbesAtLaunch) {
 TEST(AppStartup, ConsentSwitchRecordsTheAnswerThroughTheEngine) {
     AppHarness h;
     auto& app = h.launch({"--consent", "on"});
-    EXPECT_TRUE(app.engine->settingsInForce.enabled());
+    EXPECT_TRUE(app.engine()->settingsInForce().enabled());
     EXPECT_TRUE(h.logged("stage-c: consent recorded: autoShutdown=true"));
-    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
 }
 
 TEST(AppStartup, ConsentOffIsRecordedWithoutAutoShutdown) {
     AppHarness h;
     auto& app = h.launch({"--consent", "off"});
-    EXPECT_TRUE(app.engine->settingsInForce.consentRecorded);
-    EXPECT_FALSE(app.engine->settingsInForce.autoShutdown);
+    EXPECT_TRUE(app.engine()->settingsInForce().consentRecorded);
+    EXPECT_FALSE(app.engine()->settingsInForce().autoShutdown);
     EXPECT_EQ(h.realShutdowner->probeCalls, 0);
 }
 
 TEST(AppStartup, FreshInstallShowsTheConsentPage) {
     AppHarness h;
     auto& app = h.launch();
-    EXPECT_EQ(app.ui.mode, UIMode::consent);
+    EXPECT_EQ(app.presentation().mode, UIMode::consent);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main).back(), "stagec");
     EXPECT_EQ(h.shell.frame.width, 380);
 }
@@ -140,7 +141,7 @@ TEST(AppStartup, ConsentedLaunchShowsTheCompactHomePage) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
-    EXPECT_EQ(app.ui.mode, UIMode::home);
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"index"});
     EXPECT_EQ(h.shell.frame.width, 320);
     EXPECT_EQ(h.shell.frame.height, 188 + h.shell.titleBarHeight);
@@ -151,7 +152,7 @@ TEST(AppStartup, DocumentStartScriptCarriesTokenAndTheme) {
     h.preferences->setText(appearanceDefaultsKey, "dark");
     h.launch();
     EXPECT_EQ(h.shell.documentStartScripts[WebView::main],
-              "window.__HEAT_TOKEN__ = '" + h.app->token + "'; window.__HEAT_THEME__ = 'dark';");
+              "window.__HEAT_TOKEN__ = '" + h.app->token() + "'; window.__HEAT_THEME__ = 'dark';");
 }
 
 TEST(AppStartup, MenusAndHeatItemUnlessDisabled) {
@@ -173,11 +174,11 @@ TEST(AppStartup, ACalmWatchdogSamplesOnceASecondAndTicksWithEachSample) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
-    EXPECT_EQ(app.ui.liveCount, 1);
+    EXPECT_EQ(app.presentation().liveCount, 1);
     const auto samplesAtStart = h.readings->samples;
     const auto statusesAtStart = h.shell.statuses.size();
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveCount, 2);
+    EXPECT_EQ(app.presentation().liveCount, 2);
     EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
     // The sample and the one tick that follows it each report the status.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 2);
@@ -189,7 +190,7 @@ TEST(AppStartup, ACountdownTicksFourTimesASecond) {
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     const auto statusesAtStart = h.shell.statuses.size();
     h.loop.advance(1.0);
-    EXPECT_EQ(app.ui.liveCount, 2);
+    EXPECT_EQ(app.presentation().liveCount, 2);
     // Four ticks and one sample.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 5);
 }
@@ -200,10 +201,10 @@ TEST(AppStartup, TheQuickTicksStopWhenTheEmergencyIsOver) {
     auto& app = h.launch({"--mute"});
     h.readings->thermal = ThermalState::critical;
     h.loop.advance(3.0);
-    ASSERT_EQ(app.ui.mode, UIMode::count);
+    ASSERT_EQ(app.presentation().mode, UIMode::count);
     h.readings->thermal = ThermalState::nominal;
     h.loop.advance(3.0);  // the countdown is called off and the window goes home
-    ASSERT_EQ(app.ui.mode, UIMode::home);
+    ASSERT_EQ(app.presentation().mode, UIMode::home);
     const auto statusesBefore = h.shell.statuses.size();
     h.loop.advance(1.0);
     EXPECT_EQ(h.shell.statuses.size(), statusesBefore + 2);
@@ -244,7 +245,7 @@ TEST(AppStartup, MarkerFromThePreviousRunShowsRelief) {
             << R"({"at":"2026-01-02T03:04:05Z","peakC":108,"reason":"emergency countdown reached 0"})";
     }
     auto& app = h.launch();
-    EXPECT_EQ(app.ui.mode, UIMode::relief);
+    EXPECT_EQ(app.presentation().mode, UIMode::relief);
     EXPECT_FALSE(std::filesystem::exists(h.dir / "auto-shutdown.marker"));
     EXPECT_EQ(h.countLines("ui: mode home -> relief"), 1);
 }
@@ -277,18 +278,36 @@ TEST(AppStartup, ClosingTheWindowEndsTheApplication) {
 }
 
 TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRun) {
+    // The log file cannot be written there either; its lines still reach the mirror.
+    std::mutex mirrorMutex;
+    std::vector<std::string> mirrored;
     AppHarness h;
+    h.logMirror = [&](const std::string& line) {
+        const std::lock_guard lock(mirrorMutex);
+        mirrored.push_back(line);
+    };
     std::ofstream(h.dir / "blocker") << "a file where the data directory should be";
     PlatformEnvironment env;
     env.home = h.dir.string();
     env.workingDir = h.dir;
     auto& app = h.build({"--data-dir", (h.dir / "blocker" / "data").string()}, env);
     app.start();
-    EXPECT_EQ(app.ui.mode, UIMode::consent);
-    EXPECT_FALSE(app.engine->consent(true, h.loop.wallNow()));
+    EXPECT_EQ(app.presentation().mode, UIMode::consent);
+    auto consent = h.withToken("consent");
+    consent["on"] = true;
+    h.send("stagec", consent);
+    {
+        // The engine says so when the answer could not be saved.
+        const std::lock_guard lock(mirrorMutex);
+        EXPECT_EQ(std::count_if(mirrored.begin(), mirrored.end(),
+                                [](const std::string& line) {
+                                    return line.starts_with("stage-c: ERROR saving consent: ");
+                                }),
+                  1);
+    }
     h.loop.advance(1);
-    EXPECT_EQ(app.ui.mode, UIMode::home);
-    EXPECT_TRUE(app.engine->settingsInForce.enabled());
+    EXPECT_EQ(app.presentation().mode, UIMode::home);
+    EXPECT_TRUE(app.engine()->settingsInForce().enabled());
 }
 
 }  // namespace

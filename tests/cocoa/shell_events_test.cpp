@@ -21,7 +21,7 @@ TEST(ShellEvents, AMenuChoiceReachesTheController) {
     h.launch();
     const auto events = eventsFor(*h.app);
     events.menu(MenuAction::appearanceDark);
-    EXPECT_EQ(h.app->appearance, AppearancePref::dark);
+    EXPECT_EQ(h.app->appearance(), AppearancePref::dark);
     EXPECT_TRUE(h.shell.checked[MenuAction::appearanceDark]);
     events.menu(MenuAction::quit);
     EXPECT_TRUE(h.shell.terminated);
@@ -34,30 +34,30 @@ TEST(ShellEvents, ClickingTheHeatItemOpensThePopoverAndPushesLiveData) {
     eventsFor(*h.app).heatItemClicked();
     EXPECT_TRUE(h.shell.popoverOpen);
     ASSERT_EQ(h.shell.scripts(WebView::menu).size(), 1U);
-    EXPECT_EQ(h.shell.scripts(WebView::menu)[0], liveCall(h.app->ui.liveJSON));
+    EXPECT_EQ(h.shell.scripts(WebView::menu)[0], liveCall(h.app->presentation().liveJSON));
 }
 
 TEST(ShellEvents, AConvertedPageMessageWithTheTokenDrivesTheController) {
     AppHarness h;
     h.recordConsent();  // else the consent page comes before the settings
     h.launch();
-    ASSERT_EQ(h.app->ui.mode, UIMode::home);
-    const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token}};
+    ASSERT_EQ(h.app->presentation().mode, UIMode::home);
+    const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token()}};
     eventsFor(*h.app).message(
         pageMessageFrom(WebView::main, "stagec", wrapped(body), true, "file:///r/index.html"));
     h.loop.runDue();
-    EXPECT_EQ(h.app->ui.mode, UIMode::settings);
+    EXPECT_EQ(h.app->presentation().mode, UIMode::settings);
 }
 
 TEST(ShellEvents, AMessageFromASubframeIsRejected) {
     AppHarness h;
     h.recordConsent();
     h.launch();
-    const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token}};
+    const auto body = nlohmann::json{{"action", "settings"}, {"token", h.app->token()}};
     eventsFor(*h.app).message(
         pageMessageFrom(WebView::main, "stagec", wrapped(body), false, "file:///r/index.html"));
     h.loop.runDue();
-    EXPECT_EQ(h.app->ui.mode, UIMode::home);
+    EXPECT_EQ(h.app->presentation().mode, UIMode::home);
     EXPECT_TRUE(h.logged("ui: rejected message from a non-bundled page"));
 }
 
@@ -67,7 +67,7 @@ TEST(ShellEvents, APageThatFinishedLoadingInThePopoverGetsTheLiveData) {
     h.shell.clearRecords();
     eventsFor(*h.app).pageFinished(WebView::menu);
     EXPECT_EQ(h.shell.scripts(WebView::menu),
-              std::vector<std::string>{liveCall(h.app->ui.liveJSON)});
+              std::vector<std::string>{liveCall(h.app->presentation().liveJSON)});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/engine_scenario.hpp"
+#include "engine/engine_test_access.hpp"
 
 // Cancel, and starting or dismissing a rehearsal, in every state of the real countdown.
 namespace velmora::testing {
@@ -19,7 +20,7 @@ class EngineCancel : public EngineScenario {
 
     void fire() {
         tickThrough(0, 10);
-        ASSERT_EQ(engine->real.state, CountdownState::fired);
+        ASSERT_EQ(engine->snapshot().real.state, CountdownState::fired);
         takeLines();
     }
 };
@@ -35,7 +36,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
                                "stage-c: cancelled before the shutdown ran; grace 300s",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
     EXPECT_EQ(engine->view(at(7))["graceSecs"], 300);
     EXPECT_TRUE(sounder->sounds.empty());  // the machine's cancel event is not acted on
     tickAt(7.25);
@@ -54,20 +55,20 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
                                "stage-c: automation permission: granted",
                                stateLine("grace", "countdown", kCriticalEnabled),
                            }));
-    EXPECT_EQ(engine->real.deadline, at(317));
+    EXPECT_EQ(engine->snapshot().real.deadline, at(317));
 }
 
 TEST_F(EngineCancel, CancelWithASimulationPresentStopsOnlyTheSimulation) {
     tickThrough(0, 3);
     // A tick never lets both run; the page's cancel may still race a takeover.
-    engine->sim.emplace(CountdownConfig::production(), true);
+    EngineTestAccess::addRehearsal(*engine);
     takeLines();
     engine->cancel(at(3.1));
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c SIMULATION: cancelled/stopped by user"}));
     EXPECT_FALSE(engine->simActive());
-    EXPECT_EQ(engine->real.state, CountdownState::countdown);
-    EXPECT_EQ(engine->real.deadline, at(10));
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.deadline, at(10));
 }
 
 TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
@@ -77,10 +78,11 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
                                "stage-c: cancel refused: the shutdown call already ran (no way to "
                                "abort on macOS)",
                            }));
-    EXPECT_EQ(engine->errorMessage, "Too late to cancel: your Mac is already shutting down.");
-    EXPECT_EQ(engine->real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().errorMessage,
+              "Too late to cancel: your Mac is already shutting down.");
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
     EXPECT_TRUE(markerExists());
-    EXPECT_EQ(engine->view(at(10.1))["err"], engine->errorMessage);
+    EXPECT_EQ(engine->view(at(10.1))["err"], engine->snapshot().errorMessage);
 }
 
 TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
@@ -89,7 +91,8 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallOnLinuxNamesThisComputer) {
     fire();
     engine->cancel(at(10.1));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{std::string(linuxTexts.cancelRefusedLog)}));
-    EXPECT_EQ(engine->errorMessage, "Too late to cancel: this computer is already shutting down.");
+    EXPECT_EQ(engine->snapshot().errorMessage,
+              "Too late to cancel: this computer is already shutting down.");
 }
 
 TEST_F(EngineCancel, CancelWhenIdleOrInGraceIsIgnored) {
@@ -104,7 +107,7 @@ TEST_F(EngineCancel, CancelWhenIdleOrInGraceIsIgnored) {
     engine->cancel(at(3));
     EXPECT_EQ(lines.at(lines.size() - 1), "stage-c: cancel ignored (state grace)");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "stage-c: cancel ignored (state idle)"), 1);
-    EXPECT_EQ(engine->real.graceUntil, at(302));
+    EXPECT_EQ(engine->snapshot().real.graceUntil, at(302));
 }
 
 TEST_F(EngineCancel, StartSimDuringARealCountdownIsRefused) {
@@ -135,7 +138,7 @@ TEST_F(EngineCancel, StartSimDuringGraceIsAccepted) {
               "stage-c: SIMULATION started (4s Stage B lead-in + 10s countdown). NO shutdown "
               "will be run.");
     EXPECT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->simStart, at(2));
+    EXPECT_EQ(engine->snapshot().simStart, at(2));
 }
 
 TEST_F(EngineCancel, StartSimWhenIdleIsAccepted) {
@@ -143,8 +146,8 @@ TEST_F(EngineCancel, StartSimWhenIdleIsAccepted) {
     tickAt(0);
     engine->startSim(at(0.5));
     EXPECT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->sim->cfg, CountdownConfig::production());
-    EXPECT_TRUE(engine->sim->sim);
+    EXPECT_EQ(engine->snapshot().sim->cfg, CountdownConfig::production());
+    EXPECT_TRUE(engine->snapshot().sim->sim);
 }
 
 TEST_F(EngineCancel, DismissSimDuringARunningSimulationDoesNothing) {
@@ -155,7 +158,7 @@ TEST_F(EngineCancel, DismissSimDuringARunningSimulationDoesNothing) {
     engine->dismissSim();
     EXPECT_TRUE(takeLines().empty());
     ASSERT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->sim->state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::countdown);
 }
 
 TEST_F(EngineCancel, DismissSimWithoutASimulationDoesNothing) {

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "engine/engine_test_access.hpp"
 #include "store/settings_store.hpp"
 
 namespace velmora::testing {
@@ -32,6 +33,10 @@ std::filesystem::path EngineScenario::scratchRoot() {
 }
 
 void EngineScenario::start(double seconds) {
+    // The scenario keeps the cache, so that a test can say when the file changed; read once, as
+    // the engine would read it without one.
+    settingsCache = std::make_shared<SettingsCache>(SettingsStore(dataDir));
+    settingsCache->refresh();
     Engine::Parts parts{
         .sensor = sensor,
         .settings = SettingsStore(dataDir),
@@ -42,7 +47,10 @@ void EngineScenario::start(double seconds) {
         .log = [this](const std::string& line) { lines.push_back(line); },
         .platformTexts = words,
         .wallClock =
-            [this] { return Timestamp::fromSeconds(engine->lastNow.seconds() + wallShift); }};
+            [this] {
+                return Timestamp::fromSeconds(engine->snapshot().lastNow.seconds() + wallShift);
+            },
+        .settingsCache = settingsCache};
     engine = std::make_unique<Engine>(std::move(parts), at(seconds));
 }
 
@@ -79,8 +87,8 @@ std::filesystem::path EngineScenario::settingsPath() const {
 
 void EngineScenario::settleFiles() const {
     if (!engine) return;
-    engine->markerJobs.settle();
-    engine->settingsCache->settle();
+    EngineTestAccess::settleMarkers(*engine);
+    settingsCache->settle();
 }
 
 bool EngineScenario::markerExists() const {
@@ -111,7 +119,7 @@ void EngineScenario::writeSettingsText(const std::string& text) const {
 }
 
 void EngineScenario::settingsFileChanged() const {
-    engine->settingsCache->refresh();
+    settingsCache->refresh();
 }
 
 void EngineScenario::withdrawConsent() const {

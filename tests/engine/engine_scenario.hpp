@@ -11,6 +11,7 @@
 #include "engine/engine.hpp"
 #include "engine/engine_fakes.hpp"
 #include "policy/platform_texts.hpp"
+#include "store/settings_cache.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora::testing {
@@ -76,6 +77,8 @@ class EngineScenario : public ::testing::Test {
     ManualQueue queue;
     std::shared_ptr<ScriptedShutdowner> shutdowner = std::make_shared<ScriptedShutdowner>(queue);
     std::vector<std::string> lines;
+    /// The engine's settings, made anew by `start`.
+    std::shared_ptr<SettingsCache> settingsCache;
     std::unique_ptr<Engine> engine;
 
   private:

@@ -41,8 +41,8 @@ TEST_F(EngineSettings, ConsentOnSavesTheAnswerAndProbesThePermission) {
     EXPECT_EQ(settingsJson(), (nlohmann::json{{"autoShutdown", true},
                                               {"consentAt", "2027-01-15T08:00:03Z"},
                                               {"consentRecorded", true}}));
-    EXPECT_EQ(engine->settingsInForce, (Settings{true, true, "2027-01-15T08:00:03Z"}));
-    EXPECT_FALSE(engine->permissionDismissed);
+    EXPECT_EQ(engine->settingsInForce(), (Settings{true, true, "2027-01-15T08:00:03Z"}));
+    EXPECT_FALSE(engine->snapshot().permissionDismissed);
     EXPECT_EQ(engine->view(at(4))["consentNeeded"], false);
 }
 
@@ -70,7 +70,7 @@ TEST_F(EngineSettings, ConsentThatCannotBeSavedReturnsFalseLogsAndHoldsForTheRun
                   "stage-c: automation permission: granted",
               }));
     EXPECT_NE(saveError(), "(saved)");
-    EXPECT_EQ(engine->settingsInForce, (Settings{true, true, "2027-01-15T08:00:01Z"}));
+    EXPECT_EQ(engine->settingsInForce(), (Settings{true, true, "2027-01-15T08:00:01Z"}));
     EXPECT_EQ(shutdowner->probeCalls, 1);
 }
 
@@ -84,8 +84,8 @@ TEST_F(EngineSettings, DeclineThatCannotBeSavedWinsOverTheConsentOnDisk) {
     settingsFileChanged();  // the old "yes" is read again
     sensor->reading = kCritical;
     tickThrough(1, 15);
-    EXPECT_FALSE(engine->settingsInForce.enabled());
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
+    EXPECT_FALSE(engine->settingsInForce().enabled());
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(settingsJson()["autoShutdown"], true);
 }
@@ -117,7 +117,7 @@ TEST_F(EngineSettings, SetAutoOnKeepsTheFirstConsentTimeAndProbes) {
                                "stage-c: automation permission: granted",
                            }));
     EXPECT_EQ(settingsJson()["consentAt"], "2027-01-14T09:30:00Z");
-    EXPECT_TRUE(engine->settingsInForce.enabled());
+    EXPECT_TRUE(engine->settingsInForce().enabled());
 }
 
 TEST_F(EngineSettings, SetAutoThatCannotBeSavedReturnsFalseLogsAndHoldsForTheRun) {
@@ -130,21 +130,22 @@ TEST_F(EngineSettings, SetAutoThatCannotBeSavedReturnsFalseLogsAndHoldsForTheRun
                                "stage-c: the answer holds until quit: autoShutdown=false "
                                "enabled=false",
                            }));
-    EXPECT_EQ(engine->settingsInForce, (Settings{false, true, "2027-01-15T08:00:01Z"}));
+    EXPECT_EQ(engine->settingsInForce(), (Settings{false, true, "2027-01-15T08:00:01Z"}));
 }
 
 TEST_F(EngineSettings, ConsentWrittenByAnotherProcessStartsTheCountdownOnceTheFileIsRead) {
     start();
     sensor->reading = kCritical;
     tickAt(0);
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     writeConsent();
     tickAt(0.25);
-    EXPECT_EQ(engine->real.state, CountdownState::idle) << "a tick must not read the file";
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle)
+        << "a tick must not read the file";
     settingsFileChanged();
     takeLines();
     tickAt(0.5);
-    EXPECT_EQ(engine->real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
     EXPECT_EQ(takeLines().front(),
               "stage-c: settings changed: autoShutdown=true consentRecorded=true enabled=true");
     EXPECT_EQ(engine->view(at(0.5))["consentNeeded"], false);
@@ -181,9 +182,9 @@ TEST_F(EngineSettings, SettingsFileSpoiledMidRunKeepsTheLastGoodSettingsAndSaysS
     tickAt(2.25);
     settingsFileChanged();
     const auto view = tickThrough(2.5, 10);
-    EXPECT_EQ(engine->settingsInForce, (Settings{true, true, "2027-01-14T09:30:00Z"}));
+    EXPECT_EQ(engine->settingsInForce(), (Settings{true, true, "2027-01-14T09:30:00Z"}));
     EXPECT_EQ(view["autoEnabled"], true);
-    EXPECT_EQ(engine->shutdownCalls, 1);
+    EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     const auto problemLines =
         std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
             return line.find("does not hold valid settings") != std::string::npos;
@@ -203,8 +204,8 @@ TEST_F(EngineSettings, SettingsFileDeletedWithItsFolderKeepsTheLastGoodSettings)
     settingsFileChanged();
     takeLines();
     tickThrough(2.25, 10);
-    EXPECT_TRUE(engine->settingsInForce.enabled());
-    EXPECT_EQ(engine->shutdownCalls, 1);
+    EXPECT_TRUE(engine->settingsInForce().enabled());
+    EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     EXPECT_EQ(takeLines().front(), "stage-c: settings file " + settingsPath().string() +
                                        " is missing; keeping autoShutdown=true "
                                        "consentRecorded=true");

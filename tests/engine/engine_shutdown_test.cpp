@@ -41,13 +41,13 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
     EXPECT_EQ(lines.at(lines.size() - 2),
               "stage-c: ERROR shutdown failed: " + kDeniedText +
                   "; clearing marker; telling the user to shut down manually");
-    EXPECT_EQ(engine->permission, Engine::PermissionState::denied(kDeniedText));
-    EXPECT_EQ(engine->manual,
+    EXPECT_EQ(engine->snapshot().permission, Engine::PermissionState::denied(kDeniedText));
+    EXPECT_EQ(engine->snapshot().manual,
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
-    EXPECT_EQ(engine->errorMessage, "Could not shut down: " + kDeniedText);
-    EXPECT_EQ(engine->real.state, CountdownState::grace);
-    EXPECT_EQ(engine->real.graceLeft(at(10)), 300);
-    EXPECT_FALSE(engine->firedAt.has_value());
+    EXPECT_EQ(engine->snapshot().errorMessage, "Could not shut down: " + kDeniedText);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.graceLeft(at(10)), 300);
+    EXPECT_FALSE(engine->snapshot().firedAt.has_value());
     EXPECT_FALSE(markerExists());
     const auto view = engine->view(at(10));
     EXPECT_EQ(view["permState"], "denied");
@@ -63,8 +63,8 @@ TEST_F(EngineShutdown, RefusalArrivingLaterMeasuresGraceFromTheLatestTick) {
     tickAt(10.5);
     EXPECT_TRUE(markerExists());
     queue.runAll();  // the answer comes in between two ticks
-    EXPECT_EQ(engine->real.state, CountdownState::grace);
-    EXPECT_EQ(engine->real.graceUntil, at(310.5));
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.graceUntil, at(310.5));
     EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"urgent"}));
     EXPECT_FALSE(markerExists());
 }
@@ -73,11 +73,11 @@ TEST_F(EngineShutdown, OtherFailureNamesThePlatformError) {
     shutdowner->shutdownResult = ShutdownError::failed("osascript exit 1");
     countDownToTheCall();
     queue.runAll();
-    EXPECT_EQ(engine->manual,
+    EXPECT_EQ(engine->snapshot().manual,
               (Engine::ManualFail{"macOS reported an error: osascript exit 1", false}));
-    EXPECT_EQ(engine->permission,
+    EXPECT_EQ(engine->snapshot().permission,
               Engine::PermissionState::granted());  // as the countdown's probe left it
-    EXPECT_EQ(engine->errorMessage, "Could not shut down: osascript exit 1");
+    EXPECT_EQ(engine->snapshot().errorMessage, "Could not shut down: osascript exit 1");
 }
 
 TEST_F(EngineShutdown, OtherFailureOnLinuxNamesLogind) {
@@ -85,7 +85,7 @@ TEST_F(EngineShutdown, OtherFailureOnLinuxNamesLogind) {
     shutdowner->shutdownResult = ShutdownError::failed("org.freedesktop.DBus.Error.NoReply");
     countDownToTheCall();
     queue.runAll();
-    EXPECT_EQ(engine->manual->reason,
+    EXPECT_EQ(engine->snapshot().manual->reason,
               "logind reported an error: org.freedesktop.DBus.Error.NoReply");
 }
 
@@ -93,9 +93,9 @@ TEST_F(EngineShutdown, SuccessChangesNothing) {
     countDownToTheCall();
     queue.runAll();
     EXPECT_TRUE(takeLines().empty());
-    EXPECT_EQ(engine->real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
     EXPECT_TRUE(markerExists());
-    EXPECT_FALSE(engine->manual.has_value());
+    EXPECT_FALSE(engine->snapshot().manual.has_value());
 }
 
 TEST_F(EngineShutdown, NoAnswerFor30SecondsTriggersTheFailsafe) {
@@ -111,15 +111,15 @@ TEST_F(EngineShutdown, NoAnswerFor30SecondsTriggersTheFailsafe) {
                                "shutdown did not happen; clearing marker",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
-    EXPECT_FALSE(engine->real.last.has_value());
-    EXPECT_FALSE(engine->firedAt.has_value());
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_FALSE(engine->snapshot().real.last.has_value());
+    EXPECT_FALSE(engine->snapshot().firedAt.has_value());
     tickAt(40.25);  // the change of state shows on the next tick
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{stateLine(
                   "fired", "idle",
                   "thermal=Nominal ladder=55 level=NORMAL critical=false enabled=true")}));
-    EXPECT_EQ(engine->peak, 0);
+    EXPECT_EQ(engine->snapshot().peak, 0);
 }
 
 TEST_F(EngineShutdown, StillCriticalAfterTheFailsafeStartsAFreshCountdown) {
@@ -127,9 +127,9 @@ TEST_F(EngineShutdown, StillCriticalAfterTheFailsafeStartsAFreshCountdown) {
     countDownToTheCall();
     tickThrough(10.25, 40);
     tickAt(40.25);
-    EXPECT_EQ(engine->real.state, CountdownState::countdown);
-    EXPECT_EQ(engine->real.deadline, at(50.25));
-    EXPECT_EQ(engine->shutdownCalls, 1);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.deadline, at(50.25));
+    EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
 }
 
 TEST_F(EngineShutdown, MarkerThatCannotBeWrittenDoesNotStopTheShutdown) {

@@ -37,11 +37,11 @@ TEST_F(EngineSimulation, LeadInThenCountdownThenCompletionWithoutMarkerOrShutdow
                            }));
     EXPECT_EQ(sounder->sounds,
               (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
-    EXPECT_EQ(engine->sim->state, CountdownState::done);
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::done);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(shutdowner->probeCalls, 0);
-    EXPECT_EQ(engine->shutdownCalls, 0);
+    EXPECT_EQ(engine->snapshot().shutdownCalls, 0);
     EXPECT_FALSE(markerExists());
     tickThrough(14.25, 60);
     EXPECT_TRUE(takeLines().empty());  // a finished rehearsal waits to be dismissed
@@ -81,15 +81,15 @@ TEST_F(EngineSimulation, SimulationCountingDownMutesTheStageBAlarm) {
               (std::vector<std::string>{"alarm", "urgent", "tick", "tick", "tick", "tick"}));
     tickAt(19.25);  // the rehearsal is done: the overdue alarm sounds
     EXPECT_EQ(sounder->sounds.back(), "alarm");
-    EXPECT_EQ(engine->lastEmergencyAlarm, at(19.25));
+    EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(19.25));
 }
 
 TEST_F(EngineSimulation, StartingAgainRestartsTheLeadIn) {
     engine->startSim(at(0));
     tickThrough(0, 6);
     engine->startSim(at(6));
-    EXPECT_EQ(engine->sim->state, CountdownState::idle);
-    EXPECT_EQ(engine->simStart, at(6));
+    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().simStart, at(6));
     EXPECT_EQ(tickAt(6.25)["lead"], true);
 }
 

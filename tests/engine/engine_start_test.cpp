@@ -17,13 +17,13 @@ TEST_F(EngineStart, WithoutASettingsFileLogsTheDefaultsAndTheThresholds) {
                                "state reaches B) countdown=10s grace=300s; shutdown runs at the "
                                "END of the countdown (osascript System Events)",
                            }));
-    EXPECT_EQ(engine->settingsInForce, Settings{});
+    EXPECT_EQ(engine->settingsInForce(), Settings{});
     EXPECT_FALSE(std::filesystem::exists(settingsPath()));  // reading never creates the file
-    EXPECT_FALSE(engine->relief.has_value());
-    EXPECT_EQ(engine->permission, Engine::PermissionState::unknown());
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
+    EXPECT_FALSE(engine->snapshot().relief.has_value());
+    EXPECT_EQ(engine->snapshot().permission, Engine::PermissionState::unknown());
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     EXPECT_FALSE(engine->simActive());
-    EXPECT_EQ(engine->lastNow, at(0));
+    EXPECT_EQ(engine->snapshot().lastNow, at(0));
 }
 
 TEST_F(EngineStart, WithConsentRecordedLogsEnabled) {
@@ -31,7 +31,7 @@ TEST_F(EngineStart, WithConsentRecordedLogsEnabled) {
     start();
     EXPECT_EQ(takeLines().front(),
               "stage-c: settings loaded: autoShutdown=true consentRecorded=true enabled=true");
-    EXPECT_EQ(engine->settingsInForce.consentAt, "2027-01-14T09:30:00Z");
+    EXPECT_EQ(engine->settingsInForce().consentAt, "2027-01-14T09:30:00Z");
 }
 
 TEST_F(EngineStart, AutoShutdownOffWithConsentIsNotEnabled) {
@@ -45,7 +45,7 @@ TEST_F(EngineStart, GarbledSettingsFileFallsBackToTheDefaults) {
     writeSettingsText("{\"autoShutdown\": false}");  // "consentRecorded" missing
     start();
     EXPECT_EQ(takeLines().front(), settingsLoadedLine(true, false));
-    EXPECT_EQ(engine->settingsInForce, Settings{});
+    EXPECT_EQ(engine->settingsInForce(), Settings{});
 }
 
 TEST_F(EngineStart, TimedPromotionIsNamedInTheThresholdsLine) {
@@ -72,7 +72,7 @@ TEST_F(EngineStart, MarkerFoundAtLaunchBecomesReliefAndIsCleared) {
               "stage-c: marker found at launch (shutdown at 2027-01-15T07:59:00Z, peak ladder "
               "108); showing relief; marker cleared");
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->relief, (Relief{108, false}));
+    EXPECT_EQ(engine->snapshot().relief, (Relief{108, false}));
     const auto view = engine->view(at(0));
     EXPECT_EQ(view["relief"], (nlohmann::json{{"peak", "Critical"}, {"cancelled", false}}));
 }
@@ -81,11 +81,11 @@ TEST_F(EngineStart, UnreadableMarkerIsLoggedAndClearedWithoutRelief) {
     writeMarkerText("not json");
     start();
     EXPECT_EQ(takeLines().at(2), "stage-c: marker found at launch but not usable (" +
-                                     engine->markers.url().string() +
+                                     markerPath().string() +
                                      " is not a marker: 8 bytes beginning 'not json'); no relief "
                                      "shown; marker cleared");
     EXPECT_FALSE(markerExists());
-    EXPECT_FALSE(engine->relief.has_value());
+    EXPECT_FALSE(engine->snapshot().relief.has_value());
     EXPECT_FALSE(engine->view(at(0)).contains("relief"));
 }
 
@@ -94,7 +94,7 @@ TEST_F(EngineStart, EmptyMarkerFromAKilledWriteGivesNoRelief) {
     start();
     EXPECT_NE(takeLines().at(2).find("is not a marker: 0 bytes); no relief shown"),
               std::string::npos);
-    EXPECT_FALSE(engine->relief.has_value());
+    EXPECT_FALSE(engine->snapshot().relief.has_value());
 }
 
 TEST_F(EngineStart, NoMarkerMeansNoReliefLine) {

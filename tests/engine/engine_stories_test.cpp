@@ -64,9 +64,9 @@ TEST_F(EngineStory, ConsentThenCriticalThenShutdownThatNeverTakesEffect) {
     EXPECT_EQ(lines, expected);
     EXPECT_EQ(sounder->sounds,
               (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
-    EXPECT_EQ(engine->shutdownCalls, 1);
+    EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
 }
 
 TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
@@ -88,9 +88,9 @@ TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
                                                          "urgent", "alarm"}));
     tickThrough(11.25, 309.25, 1);  // grace; stage B holds, so the alarm repeats
     tickAt(309.75);
-    EXPECT_EQ(engine->real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
     EXPECT_EQ(std::count(sounder->sounds.begin(), sounder->sounds.end(), "alarm"), 20);
-    EXPECT_EQ(engine->lastEmergencyAlarm, at(295.25));
+    EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(295.25));
     view = tickAt(310);
     EXPECT_EQ(view["state"], "countdown");
     EXPECT_EQ(view["remaining"], 10);
@@ -119,9 +119,9 @@ TEST_F(EngineStory, CancelAt3SecondsThenGraceThenCooledRelief) {
     EXPECT_EQ(lines.back(),
               stateLine("grace", "idle",
                         "thermal=Nominal ladder=55 level=NORMAL critical=false enabled=true"));
-    EXPECT_EQ(engine->peak, 108);  // kept through grace, dropped on the next calm tick
+    EXPECT_EQ(engine->snapshot().peak, 108);  // kept through grace, dropped on the next calm tick
     tickAt(307.25);
-    EXPECT_EQ(engine->peak, 0);
+    EXPECT_EQ(engine->snapshot().peak, 0);
     engine->dismissRelief();
     EXPECT_FALSE(engine->view(at(307))["relief"].is_object());
 }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "engine/engine_scenario.hpp"
+#include "engine/engine_test_access.hpp"
 
 // The stage page's dictionary: its keys, their types, and what they say in each situation.
 namespace velmora::testing {
@@ -87,8 +88,7 @@ TEST_F(EngineView, CountdownKeepsNamingThePeakWhileTheReadingFalls) {
     sensor->reading = kCritical;
     tickAt(0);
     // The view reads only the last tick's results: as if the reading had just fallen.
-    engine->tempC = kSerious;
-    engine->level = Level::extreme;
+    EngineTestAccess::setReading(*engine, kSerious, Level::extreme);
     const auto view = engine->view(at(1));
     EXPECT_EQ(view["state"], "countdown");
     EXPECT_EQ(view["temp"], "Critical");
@@ -107,7 +107,9 @@ TEST_F(EngineView, AfterTheShutdownCallAFallingReadingStillShowsThePeak) {
 }
 
 TEST_F(EngineView, SimulationLeadInThenDoneAndReliefHidden) {
-    engine->relief = Relief{108, false};
+    writeMarkerText(
+        R"({"at":"2027-01-15T07:59:00Z","peakC":108,"reason":"emergency countdown reached 0"})");
+    start();  // a launch after a shutdown: the relief notice
     sensor->reading = kNominal;
     engine->startSim(at(0));
     auto view = tickAt(0.25);
@@ -155,14 +157,18 @@ TEST_F(EngineView, ReliefAfterCoolingSaysCancelled) {
 }
 
 TEST_F(EngineView, ReliefPeakNamesItsBand) {
-    engine->relief = Relief{96.5, false};
+    writeMarkerText(
+        R"({"at":"2027-01-15T07:59:00Z","peakC":96.5,"reason":"emergency countdown reached 0"})");
+    start();
     EXPECT_EQ(engine->view(at(0))["relief"]["peak"], "Serious");
-    engine->relief = Relief{-3, true};
+    writeMarkerText(
+        R"({"at":"2027-01-15T07:59:00Z","peakC":-3,"reason":"emergency countdown reached 0"})");
+    start();
     EXPECT_EQ(engine->view(at(0))["relief"]["peak"], "n/a");
 }
 
 TEST_F(EngineView, ManualNoticeIsADictionary) {
-    engine->manual = Engine::ManualFail{"macOS reported an error: x", false};
+    engine->userShutdownFailed(ShutdownError::failed("x"));
     const auto view = engine->view(at(0));
     EXPECT_EQ(view["manual"],
               (nlohmann::json{{"reason", "macOS reported an error: x"}, {"perm", false}}));

@@ -79,8 +79,8 @@ bool DesktopDriver::waitForJs(const std::string& script, const std::string& expe
 }
 
 std::vector<std::string> DesktopDriver::logLines() const {
-    if (session.app.logger) session.app.logger->drain();
-    std::ifstream in(session.app.opts.dataDir / "heat.log");
+    session.app.drainLog();
+    std::ifstream in(session.app.options().dataDir / "heat.log");
     std::vector<std::string> lines;
     for (std::string line; std::getline(in, line);) {
         // "yyyy-MM-dd HH:mm:ss.SSS " comes first.

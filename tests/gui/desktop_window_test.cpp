@@ -125,7 +125,7 @@ TEST_F(DesktopWindow, ConsentButtonClickedInThePageRecordsConsent) {
             },
             10))
             << dataFile("settings.json");
-        EXPECT_TRUE(d.session.app.engine->settingsInForce.consentRecorded);
+        EXPECT_TRUE(d.session.app.engine()->settingsInForce().consentRecorded);
         EXPECT_TRUE(d.waitForLog("ui: mode consent -> count", 10));
     });
 }
@@ -141,14 +141,14 @@ TEST_F(DesktopWindow, NavigationOutsideTheBundleIsRefusedAndLogged) {
         EXPECT_TRUE(d.waitForLog("ui: refused a new window", 5));
         d.pause(0.5);
         EXPECT_EQ(d.js(pageScript), "index.html");
-        EXPECT_EQ(d.session.app.ui.pageName, "index");
+        EXPECT_EQ(d.session.app.presentation().pageName, "index");
     });
 }
 
 TEST_F(DesktopWindow, ForgedAndHostileMessagesChangeNothing) {
     run({"--consent", "on"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
-        auto& engine = *d.session.app.engine;
+        auto& engine = *d.session.app.engine();
         d.js(
             "window.webkit.messageHandlers.stagec.postMessage("
             "{action: 'test', token: 'not-the-token'}); 'sent'");
@@ -165,10 +165,10 @@ TEST_F(DesktopWindow, ForgedAndHostileMessagesChangeNothing) {
             " window.webkit.messageHandlers.size.postMessage({junk: i}); } 'sent'");
         d.pause(1);
         EXPECT_FALSE(engine.simActive());
-        EXPECT_FALSE(engine.settingsInForce.enabled() == false);
+        EXPECT_FALSE(engine.settingsInForce().enabled() == false);
         EXPECT_EQ(d.countLog("SIMULATION started"), 0);
         EXPECT_EQ(d.countLog("shutdown: DRY-RUN"), 0);
-        EXPECT_EQ(d.session.app.ui.mode, UIMode::home);
+        EXPECT_EQ(d.session.app.presentation().mode, UIMode::home);
     });
 }
 
@@ -177,7 +177,7 @@ TEST_F(DesktopWindow, ControlTStartsTheSimulation) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         d.pressControl(GDK_KEY_t);
         EXPECT_TRUE(d.waitForLog("stage-c: SIMULATION started", 5));
-        EXPECT_TRUE(d.session.app.engine->simActive());
+        EXPECT_TRUE(d.session.app.engine()->simActive());
         EXPECT_TRUE(d.waitForJs(modeScript, "lead", 10));
         shootBoth(d, "lead");
     });
@@ -272,10 +272,11 @@ TEST_F(DesktopWindow, AMissingPageFileLeavesTheViewEmptyAndIsLoggedOnce) {
     const int status = run({"--consent", "on"}, [](DesktopDriver& d) {
         d.pause(2.5);  // the first pushes and two live samples ask for the page again
         EXPECT_EQ(d.countLog("ui: page file missing: "), 1);
-        EXPECT_EQ(d.countLog(
-                      "ui: page file missing: " +
-                      (d.session.app.opts.dataDir.parent_path() / "resources/index.html").string()),
-                  1);
+        EXPECT_EQ(
+            d.countLog(
+                "ui: page file missing: " +
+                (d.session.app.options().dataDir.parent_path() / "resources/index.html").string()),
+            1);
         EXPECT_FALSE(d.session.shell.mainView()->currentURI().has_value());
         EXPECT_TRUE(d.session.shell.windowVisible());
         // Another page is still there and loads.

@@ -226,7 +226,7 @@ TEST_F(DesktopTray, MenuHoldsTheActionsAndTestEmergencyStartsTheSimulation) {
 
         click(d, *ref, "Test emergency (simulation, never shuts down)");
         EXPECT_TRUE(d.waitForLog("stage-c: SIMULATION started", 5));
-        EXPECT_TRUE(d.session.app.engine->simActive());
+        EXPECT_TRUE(d.session.app.engine()->simActive());
         // The simulated countdown shows in the panel too, asking for attention.
         const auto counting = propsWhen(d, *ref, [](const ItemProps& p) {
             return p.status == "NeedsAttention" && p.label.starts_with("SIMULATION ");

@@ -10,18 +10,20 @@ namespace velmora {
 void AppController::loadPage(const std::string& name) {
     const auto file = shell_.pageFile(name);
     if (!file) return;
-    ui.pageName = name;
-    ui.shownRender.clear();
+    ui_.pageName = name;
+    ui_.shownRender.clear();
     shell_.loadPage(WebView::main, *file, file->parent_path());
-    const std::string stage(rawValue(currentStage()));
-    const std::string demo(rawValue(ui.demoStage));
-    loop_.postAfter(0.15, guarded([stage, demo](AppController& app) {
-                        app.shell_.evaluate(WebView::main, stageScript(stage, demo));
+    const std::string stage(rawValue(ui_.liveStage));
+    // The pages also take a demonstration stage; the application never sets one.
+    loop_.postAfter(0.15, guarded([stage](AppController& app) {
+                        app.shell_.evaluate(WebView::main,
+                                            stageScript(stage, rawValue(AlertStage::none)));
                     }));
 }
 
 void AppController::installUserScripts() {
-    shell_.setDocumentStartScript(WebView::main, documentStartScript(token, rawValue(appearance)));
+    shell_.setDocumentStartScript(WebView::main,
+                                  documentStartScript(token_, rawValue(appearance_)));
 }
 
 void AppController::pushRender(const nlohmann::json& view) {
@@ -33,30 +35,30 @@ void AppController::pushRender(const nlohmann::json& view) {
         // the web process lay out and paint the same screen again, four times a second.
         auto shown = view;
         shown.erase("remainingMs");
-        visible = shown.dump() + std::string(modeName(ui.mode));
+        visible = shown.dump() + std::string(modeName(ui_.mode));
     } catch (const nlohmann::json::exception&) {
         return;  // not valid UTF-8: nothing is sent, nothing is reported
     }
-    if (visible == ui.shownRender) return;
-    ui.shownRender = std::move(visible);
-    shell_.evaluate(WebView::main, renderCall(text, modeName(ui.mode)));
+    if (visible == ui_.shownRender) return;
+    ui_.shownRender = std::move(visible);
+    shell_.evaluate(WebView::main, renderCall(text, modeName(ui_.mode)));
 }
 
 void AppController::pushLive() {
-    if (ui.pageName == "index") shell_.evaluate(WebView::main, liveCall(ui.liveJSON));
+    if (ui_.pageName == "index") shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
 }
 
 void AppController::pushMenu() {
-    if (ui.heatItem) shell_.evaluate(WebView::menu, liveCall(ui.liveJSON));
+    if (ui_.heatItem) shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
 }
 
 void AppController::pageFinished(WebView view) {
     if (view == WebView::menu) {
         pushMenu();
     } else {
-        ui.shownRender.clear();  // a render sent while the page was loading may have been lost
+        ui_.shownRender.clear();  // a render sent while the page was loading may have been lost
         pushLive();
-        if (ui.mode != UIMode::home) tick();  // a stage page is filled in as soon as it is there
+        if (ui_.mode != UIMode::home) tick();  // a stage page is filled in as soon as it is there
     }
 }
 
@@ -73,14 +75,14 @@ void AppController::showCoolDownTips() {
 }
 
 void AppController::userShutdown() {
-    if (engine->simActive() || ui.demoStage != AlertStage::none) {
+    if (engine_->simActive()) {
         log("ui: 'Shut Down to Cool Off' pressed during a simulation/demo: stubbed, nothing shut "
             "down");
         return;
     }
     log("ui: 'Shut Down to Cool Off' pressed (user-initiated)");
     std::weak_ptr<AppController*> weak = self_;
-    shutdowner->shutdown([weak](const std::optional<ShutdownError>& error) {
+    shutdowner_->shutdown([weak](const std::optional<ShutdownError>& error) {
         if (const auto self = weak.lock()) (*self)->onUserShutdownResult(error);
     });
 }
@@ -88,7 +90,7 @@ void AppController::userShutdown() {
 void AppController::onUserShutdownResult(const std::optional<ShutdownError>& error) {
     if (!error) return;  // the machine is going down
     log("ui: user shutdown failed: " + error->description());
-    engine->userShutdownFailed(*error);
+    engine_->userShutdownFailed(*error);
     tick();
 }
 

@@ -22,8 +22,7 @@ bool AppController::needsQuickTicks(const nlohmann::json& view) const {
     // sample (or at once, with a page message or a menu command), so a calm watchdog has
     // something to do only when a sample comes in.
     return viewText(view, "state", "idle") == "countdown" || viewFlag(view, "sim") ||
-           ui.liveStage == AlertStage::emergency || ui.demoStage != AlertStage::none ||
-           ui.emergencyRepeatTimer.has_value();
+           ui_.liveStage == AlertStage::emergency;
 }
 
 void AppController::setTickRate(bool quick) {

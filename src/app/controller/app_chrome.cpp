@@ -2,7 +2,6 @@
 
 #include "app/controller/app_controller.hpp"
 #include "metrics/live_names.hpp"
-#include "policy/constants.hpp"
 
 namespace velmora {
 
@@ -14,7 +13,7 @@ constexpr Rgb emergencyRed{0.97, 0.44, 0.44};
 }  // namespace
 
 void AppController::updateChrome(const nlohmann::json& view) {
-    if (ui.mode == UIMode::count) {
+    if (ui_.mode == UIMode::count) {
         const bool sim = viewFlag(view, "sim");
         const bool fired = viewText(view, "state", "idle") == "fired";
         const auto seconds = std::to_string(viewInteger(view, "remaining", 0));
@@ -27,40 +26,16 @@ void AppController::updateChrome(const nlohmann::json& view) {
         return;
     }
     shell_.removeCountdownItem();
-    const auto title = ui.mode == UIMode::manual ? std::string("SHUT DOWN MANUALLY") : baseTitle();
+    const auto title = ui_.mode == UIMode::manual ? std::string("SHUT DOWN MANUALLY") : baseTitle();
     if (shell_.windowTitle() != title) shell_.setWindowTitle(title);
 }
 
 void AppController::playSoftChime() {
-    if (opts.mute) {
+    if (opts_.mute) {
         log("sound: soft chime (muted)");
     } else {
         shell_.playSound("Tink");
     }
-}
-
-void AppController::playUrgentAlert() {
-    if (opts.mute) {
-        log("sound: urgent (muted)");
-    } else {
-        shell_.playSound("Sosumi");
-    }
-}
-
-void AppController::startEmergencyRepeat() {
-    stopEmergencyRepeat();
-    ui.emergencyRepeatTimer = loop_.startRepeating(
-        watchdog::emergencyAlarmIntervalSeconds, guarded([](AppController& app) {
-            if (app.ui.demoStage == AlertStage::emergency && app.shell_.windowVisible()) {
-                app.playUrgentAlert();
-            }
-        }));
-}
-
-void AppController::stopEmergencyRepeat() {
-    if (!ui.emergencyRepeatTimer) return;
-    loop_.stop(*ui.emergencyRepeatTimer);
-    ui.emergencyRepeatTimer.reset();
 }
 
 void AppController::reportStatus(const nlohmann::json& view) {
@@ -68,7 +43,7 @@ void AppController::reportStatus(const nlohmann::json& view) {
     status_.state = viewText(view, "state", "idle");
     status_.countdown.reset();
     if (status_.state == "countdown") status_.countdown = viewInteger(view, "remaining", 0);
-    status_.mode = std::string(modeName(ui.mode));
+    status_.mode = std::string(modeName(ui_.mode));
     status_.simulation = viewFlag(view, "sim");
     shell_.statusChanged(status_);
     notifyTicked(view);

@@ -13,9 +13,9 @@ void AppController::buildMenus() {
 }
 
 void AppController::setupMenuBarItem() {
-    shell_.createHeatItem("Heat \u2026", documentStartScript(token, rawValue(appearance)),
+    shell_.createHeatItem("Heat \u2026", documentStartScript(token_, rawValue(appearance_)),
                           popoverSize);
-    ui.heatItem = true;
+    ui_.heatItem = true;
     if (const auto file = shell_.pageFile("menubar")) {
         shell_.loadPage(WebView::menu, *file, file->parent_path());
     }
@@ -23,12 +23,12 @@ void AppController::setupMenuBarItem() {
 
 void AppController::updateAppearanceMenu() {
     for (const auto pref : allAppearances) {
-        shell_.setMenuItemChecked(appearanceAction(pref), pref == appearance);
+        shell_.setMenuItemChecked(appearanceAction(pref), pref == appearance_);
     }
 }
 
 void AppController::setAppearance(AppearancePref pref, bool fromPage) {
-    appearance = pref;
+    appearance_ = pref;
     if (const auto problem = saveAppearance(pref, *services_.preferences)) {
         log("ui: could not save the appearance preference: " + *problem);
     }
@@ -36,17 +36,17 @@ void AppController::setAppearance(AppearancePref pref, bool fromPage) {
     installUserScripts();
     const auto call = themeCall(rawValue(pref));
     if (!fromPage) shell_.evaluate(WebView::main, call);
-    if (ui.heatItem) shell_.evaluate(WebView::menu, call);
+    if (ui_.heatItem) shell_.evaluate(WebView::menu, call);
     updateAppearanceMenu();
     log("ui: appearance " + std::string(rawValue(pref)));
 }
 
 void AppController::sampleLive() {
-    if (sampler) {
-        sampler->request();  // the sample comes back through receiveLive
+    if (sampler_) {
+        sampler_->request();  // the sample comes back through receiveLive
         return;
     }
-    presentLive(live->sample(loop_.wallNow()), static_cast<std::uint64_t>(ui.liveCount) + 1);
+    presentLive(live_->sample(loop_.wallNow()), static_cast<std::uint64_t>(ui_.liveCount) + 1);
 }
 
 void AppController::receiveLive(const LiveDelivery& delivery) {
@@ -58,27 +58,27 @@ void AppController::receiveLive(const LiveDelivery& delivery) {
 }
 
 void AppController::presentLive(const LiveInputs& inputs, std::uint64_t sequence) {
-    ui.liveJSON = LiveModel::json(inputs);
+    ui_.liveJSON = LiveModel::json(inputs);
     // One summary in each ten samples, the first one shown of them: a calm watchdog may not
     // be shown each sample.
-    const auto previous = static_cast<std::uint64_t>(ui.liveCount);
-    ui.liveCount = static_cast<std::int64_t>(sequence);
+    const auto previous = static_cast<std::uint64_t>(ui_.liveCount);
+    ui_.liveCount = static_cast<std::int64_t>(sequence);
     if (previous == 0 || (sequence - 1) / 10 != (previous - 1) / 10) log(liveSummaryLine(inputs));
     updateMenuBarItem(inputs);
     pushLive();
-    if (ui.heatItem && shell_.popoverShown()) pushMenu();
+    if (ui_.heatItem && shell_.popoverShown()) pushMenu();
     reportLive(inputs);
     notifySampled(inputs);
     tickAfterSample();
 }
 
 void AppController::updateMenuBarItem(const LiveInputs& inputs) {
-    if (!ui.heatItem) return;
+    if (!ui_.heatItem) return;
     shell_.setHeatItemTitle(heatItemTitle(inputs), heatItemColor(inputs));
 }
 
 void AppController::toggleMenuPopover() {
-    if (!ui.heatItem) return;
+    if (!ui_.heatItem) return;
     if (shell_.popoverShown()) {
         shell_.closePopover();
         return;
@@ -94,7 +94,7 @@ void AppController::menuAction(MenuAction action) {
     }
     switch (action) {
         case MenuAction::settings:
-            ui.wantSettings = true;
+            ui_.wantSettings = true;
             tick();
             break;
         case MenuAction::quit:

@@ -50,13 +50,13 @@ void AppController::handleSize(const nlohmann::json& body) {
         collapse(true);
         return;
     }
-    ui.isExpanded = true;
-    if (ui.mode == UIMode::home) loadPage("expanded");
+    ui_.isExpanded = true;
+    if (ui_.mode == UIMode::home) loadPage("expanded");
     resizeKeepingBottom(expandedSize, true);
 }
 
 void AppController::handleTheme(const nlohmann::json& body) {
-    if (body.is_object() && stringMember(body, "token") == token) {
+    if (body.is_object() && stringMember(body, "token") == token_) {
         const auto raw = stringMember(body, "pref");
         if (const auto pref = raw ? appearanceFromRaw(*raw) : std::nullopt) {
             setAppearance(*pref, true);
@@ -70,35 +70,35 @@ void AppController::handleEmergencyPageMessage(const nlohmann::json& body) {
     if (!body.is_object()) return;
     const auto action = stringMember(body, "action");
     if (!action) return;
-    if (stringMember(body, "token") != token) {
+    if (stringMember(body, "token") != token_) {
         log("ui: rejected stagec action '" + *action + "': missing/wrong token");
         return;
     }
     runEmergencyPageAction(*action, body);
     // The page may have changed its own controls ahead of the answer: render it again.
-    ui.shownRender.clear();
+    ui_.shownRender.clear();
     tick();
 }
 
 void AppController::runEmergencyPageAction(const std::string& action, const nlohmann::json& body) {
     const auto now = loop_.now();
     if (action == "cancel") {
-        engine->cancel(now);
+        engine_->cancel(now);
     } else if (action == "consent") {
-        engine->consent(onFlag(body), loop_.wallNow());
+        engine_->consent(onFlag(body), loop_.wallNow());
     } else if (action == "toggle") {
-        engine->setAuto(onFlag(body), loop_.wallNow());
+        engine_->setAuto(onFlag(body), loop_.wallNow());
     } else if (action == "relief") {
-        engine->dismissRelief();
+        engine_->dismissRelief();
     } else if (action == "simdone") {
-        engine->dismissSim();
+        engine_->dismissSim();
     } else if (action == "test") {
-        ui.wantSettings = false;
-        engine->startSim(now);
+        ui_.wantSettings = false;
+        engine_->startSim(now);
     } else if (action == "settings") {
-        ui.wantSettings = true;
+        ui_.wantSettings = true;
     } else if (action == "back") {
-        ui.wantSettings = false;
+        ui_.wantSettings = false;
     } else if (action == "tips") {
         showCoolDownTips();
     } else if (action == "openAutomation") {
@@ -106,11 +106,11 @@ void AppController::runEmergencyPageAction(const std::string& action, const nloh
         const std::string url(texts().automationPaneURL);
         if (parsesAsURL(url)) shell_.openURL(url);
     } else if (action == "recheck") {
-        engine->probePermission("user pressed Check again", true);
+        engine_->probePermission("user pressed Check again", true);
     } else if (action == "dismissPerm") {
-        engine->dismissPermission();
+        engine_->dismissPermission();
     } else if (action == "dismissManual") {
-        engine->dismissManual();
+        engine_->dismissManual();
     } else {
         log("ui: unknown stagec action '" + action + "'");
     }
@@ -126,7 +126,7 @@ void AppController::handleHeat(const nlohmann::json& body) {
         action = body.get<std::string>();  // a bare action never carries the token
     }
     if (!action) return;
-    if (sentToken != token) {
+    if (sentToken != token_) {
         log("ui: rejected heat action '" + *action + "': missing/wrong token");
         return;
     }
@@ -139,16 +139,16 @@ void AppController::runHeat(const std::string& action) {
     } else if (action == "tips") {
         showCoolDownTips();
     } else if (action == "settings") {
-        ui.wantSettings = true;
+        ui_.wantSettings = true;
         tick();
     } else if (action == "dismiss" || action == "watch" || action == "wait") {
         // Collapsing keeps the window large while a stage is up, so this changes nothing
         // visible; kept so that the page's buttons behave the same everywhere.
-        if (ui.demoStage == AlertStage::none && ui.liveStage == AlertStage::extreme) {
+        if (ui_.liveStage == AlertStage::extreme) {
             collapse(true);
         }
     } else if (action == "stageEnteredExtreme") {
-        if (ui.lastAnnounced != AlertStage::extreme) playSoftChime();
+        if (ui_.lastAnnounced != AlertStage::extreme) playSoftChime();
     }
 }
 

@@ -8,19 +8,19 @@ namespace velmora {
 
 void AppController::startObservers() {
     observers_ = services_.observers;
-    if (!opts.metricsFile.empty()) {
-        auto* collector = live.get();
+    if (!opts_.metricsFile.empty()) {
+        auto* collector = live_.get();
         const auto* sampled = &sampledLimits_;
         observers_.push_back(
-            std::make_shared<MetricsFile>(opts.metricsFile, logSink(), [collector, sampled] {
+            std::make_shared<MetricsFile>(opts_.metricsFile, logSink(), [collector, sampled] {
                 return collector != nullptr ? collector->thermalLimits() : *sampled;
             }));
-        log("metrics: writing " + opts.metricsFile.string() + " after every sample");
+        log("metrics: writing " + opts_.metricsFile.string() + " after every sample");
     }
     if (observers_.empty()) return;
     // Every power-off request is counted, whoever asked for it.
     std::weak_ptr<AppController*> weak = self_;
-    shutdowner = std::make_shared<ObservedShutdowner>(shutdowner, [weak] {
+    shutdowner_ = std::make_shared<ObservedShutdowner>(shutdowner_, [weak] {
         if (const auto self = weak.lock()) {
             for (const auto& observer : (*self)->observers_)
                 observer->shutdownRequested();

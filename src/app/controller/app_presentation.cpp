@@ -12,70 +12,57 @@ bool isUp(AlertStage stage) {
 
 }  // namespace
 
-AlertStage AppController::currentStage() const {
-    return ui.demoStage != AlertStage::none ? ui.demoStage : ui.liveStage;
-}
-
 void AppController::tick() {
-    if (sampler) sampler->replaceIfHung();
-    const auto view = engine->tick(loop_.now());
+    if (sampler_) sampler_->replaceIfHung();
+    const auto view = engine_->tick(loop_.now());
     const auto nextStage = liveStageOf(view);
-    const auto nextMode = pickMode(view, ui.wantSettings);
-    if (nextMode != ui.mode) enterMode(nextMode);
-    if (ui.mode != UIMode::home) pushRender(view);
+    const auto nextMode = pickMode(view, ui_.wantSettings);
+    if (nextMode != ui_.mode) enterMode(nextMode);
+    if (ui_.mode != UIMode::home) pushRender(view);
     updateChrome(view);
     reportStatus(view);
-    if (nextStage != ui.liveStage) {
-        ui.liveStage = nextStage;
-        if (ui.mode == UIMode::home && ui.demoStage == AlertStage::none) handleStageChange(true);
+    if (nextStage != ui_.liveStage) {
+        ui_.liveStage = nextStage;
+        if (ui_.mode == UIMode::home) handleStageChange(true);
     }
     setTickRate(needsQuickTicks(view));
 }
 
 void AppController::enterMode(UIMode next) {
-    log("ui: mode " + std::string(modeName(ui.mode)) + " -> " + std::string(modeName(next)));
-    ui.mode = next;
+    log("ui: mode " + std::string(modeName(ui_.mode)) + " -> " + std::string(modeName(next)));
+    ui_.mode = next;
     if (next == UIMode::home) {
         applyHome();
         return;
     }
-    if (ui.pageName != "stagec") loadPage("stagec");
+    if (ui_.pageName != "stagec") loadPage("stagec");
     resizeKeepingBottom(expandedSize, false);
 }
 
 void AppController::handleStageChange(bool forceSound) {
-    const auto stage = currentStage();
-    const bool changed = stage != ui.lastAnnounced;
-    ui.lastAnnounced = stage;
-    if (ui.mode != UIMode::home) return;
+    const auto stage = ui_.liveStage;
+    const bool changed = stage != ui_.lastAnnounced;
+    ui_.lastAnnounced = stage;
+    if (ui_.mode != UIMode::home) return;
     if (stage == AlertStage::none) {
-        stopEmergencyRepeat();
-        loadPage(ui.isExpanded ? "expanded" : "index");
-        if (!ui.isExpanded) resizeKeepingBottom(compactSize, false);
+        loadPage(ui_.isExpanded ? "expanded" : "index");
+        if (!ui_.isExpanded) resizeKeepingBottom(compactSize, false);
         return;
     }
-    ui.isExpanded = true;
+    ui_.isExpanded = true;
     loadPage("expanded");
     resizeKeepingBottom(expandedSize, true);
-    if (changed && forceSound) {
-        if (stage == AlertStage::extreme) {
-            playSoftChime();
-        } else if (ui.demoStage != AlertStage::none) {
-            // A real emergency's alarm belongs to the engine's sounder, not to the window.
-            playUrgentAlert();
-            startEmergencyRepeat();
-        }
-    }
+    // An emergency's alarm belongs to the engine's sounder, not to the window.
+    if (changed && forceSound && stage == AlertStage::extreme) playSoftChime();
     shell_.announce(stage == AlertStage::extreme ? "Extreme heat" : "Heat emergency");
 }
 
 void AppController::applyHome() {
-    stopEmergencyRepeat();
-    if (isUp(currentStage())) {
-        ui.isExpanded = true;
-        if (ui.mode == UIMode::home) loadPage("expanded");
+    if (isUp(ui_.liveStage)) {
+        ui_.isExpanded = true;
+        if (ui_.mode == UIMode::home) loadPage("expanded");
         resizeKeepingBottom(expandedSize, false);
-    } else if (ui.isExpanded) {
+    } else if (ui_.isExpanded) {
         loadPage("expanded");
         resizeKeepingBottom(expandedSize, false);
     } else {
@@ -85,15 +72,15 @@ void AppController::applyHome() {
 }
 
 void AppController::expand(bool animate) {
-    ui.isExpanded = true;
-    if (ui.mode == UIMode::home) loadPage("expanded");
+    ui_.isExpanded = true;
+    if (ui_.mode == UIMode::home) loadPage("expanded");
     resizeKeepingBottom(expandedSize, animate);
 }
 
 void AppController::collapse(bool animate) {
     // The window stays large while a stage is up, even when a page asks otherwise.
-    if (isUp(currentStage()) || ui.mode != UIMode::home) return;
-    ui.isExpanded = false;
+    if (isUp(ui_.liveStage) || ui_.mode != UIMode::home) return;
+    ui_.isExpanded = false;
     loadPage("index");
     resizeKeepingBottom(compactSize, animate);
 }
@@ -105,8 +92,8 @@ void AppController::resizeKeepingBottom(Size contentSize, bool animate) {
 }
 
 void AppController::menuTestEmergency() {
-    ui.wantSettings = false;
-    engine->startSim(loop_.now());
+    ui_.wantSettings = false;
+    engine_->startSim(loop_.now());
     tick();
 }
 

@@ -26,38 +26,38 @@ constexpr double kFirstSettingsReadWait = 1.0;
 
 AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop,
                              AppServices services)
-    : opts(std::move(options)),
-      token(services.token.empty() ? makeLaunchToken() : services.token),
-      appearance(AppearancePref::autoTheme),
-      live(std::move(services.collector)),
+    : opts_(std::move(options)),
+      token_(services.token.empty() ? makeLaunchToken() : services.token),
+      appearance_(AppearancePref::autoTheme),
+      live_(std::move(services.collector)),
       shell_(shell),
       loop_(loop),
       services_(std::move(services)) {
     if (!services_.preferences) services_.preferences = std::make_unique<MemoryPreferences>();
-    appearance = loadAppearance(*services_.preferences);
-    if (live) live->forcedThermal = opts.forceThermal;
+    appearance_ = loadAppearance(*services_.preferences);
+    if (live_) live_->forcedThermal = opts_.forceThermal;
 }
 
 AppController::~AppController() {
-    for (const auto timer : {pollTimer_, idleTimer_, liveTimer_, ui.emergencyRepeatTimer}) {
+    for (const auto timer : {pollTimer_, idleTimer_, liveTimer_}) {
         if (timer) loop_.stop(*timer);
     }
 }
 
 void AppController::start() {
-    logger = std::make_shared<FileLogger>(opts.dataDir);
-    if (services_.logMirror) logger->setMirror(services_.logMirror);
+    logger_ = std::make_shared<FileLogger>(opts_.dataDir);
+    if (services_.logMirror) logger_->setMirror(services_.logMirror);
     if (services_.connectLog) services_.connectLog(logSink());
     log("---- " + std::string(watchdog::appName) + " " + std::string(watchdog::version) +
-        " launched (live readings; testEmergency=" + boolText(opts.testEmergency) +
-        " dryRun=" + boolText(opts.dryRun) + " mute=" + boolText(opts.mute) +
-        " dataDir=" + opts.dataDir.string() + ")");
+        " launched (live readings; testEmergency=" + boolText(opts_.testEmergency) +
+        " dryRun=" + boolText(opts_.dryRun) + " mute=" + boolText(opts_.mute) +
+        " dataDir=" + opts_.dataDir.string() + ")");
     chooseActuators();
     startObservers();
     logSensorLines();
     buildEngine();
     createWindow();
-    if (!opts.noMenuItem) setupMenuBarItem();
+    if (!opts_.noMenuItem) setupMenuBarItem();
     startEmergencyOrProbe();
     shell_.showMainWindow(compactSize);
     presentFirstTick();
@@ -65,20 +65,20 @@ void AppController::start() {
 }
 
 void AppController::chooseActuators() {
-    if (opts.dryRun) {
-        shutdowner = std::make_shared<DryRunShutdowner>(
-            logSink(), DryRunOptions{opts.simulateDenied, opts.realProbe}, loop_.poster(),
+    if (opts_.dryRun) {
+        shutdowner_ = std::make_shared<DryRunShutdowner>(
+            logSink(), DryRunOptions{opts_.simulateDenied, opts_.realProbe}, loop_.poster(),
             services_.realProbe);
     } else if (services_.realShutdowner) {
-        shutdowner = services_.realShutdowner(logSink(), loop_.poster());
+        shutdowner_ = services_.realShutdowner(logSink(), loop_.poster());
     } else {
         // A build without a shutdown mechanism must still never pretend to have one.
         log("shutdown: no shutdown mechanism on this platform; every shutdown is a dry run");
-        shutdowner = std::make_shared<DryRunShutdowner>(logSink(), DryRunOptions{}, loop_.poster(),
-                                                        services_.realProbe);
+        shutdowner_ = std::make_shared<DryRunShutdowner>(logSink(), DryRunOptions{}, loop_.poster(),
+                                                         services_.realProbe);
     }
-    sounder = opts.mute || !services_.systemSounder ? std::make_shared<MuteSounder>(logSink())
-                                                    : services_.systemSounder();
+    sounder_ = opts_.mute || !services_.systemSounder ? std::make_shared<MuteSounder>(logSink())
+                                                      : services_.systemSounder();
 }
 
 void AppController::logSensorLines() {
@@ -90,10 +90,10 @@ void AppController::logSensorLines() {
         startSampler();
         return;
     }
-    const auto summary = live->sensorSummary();
+    const auto summary = live_->sensorSummary();
     // The first sample also tells whether a battery temperature can be read; sampling logs
     // nothing, so the line still comes first in the log.
-    const auto first = live->sample(loop_.wallNow());
+    const auto first = live_->sample(loop_.wallNow());
     rememberLive(first);
     logFirstSample(summary, first);
 }
@@ -107,14 +107,14 @@ void AppController::logFirstSample(const std::string& summary, const LiveInputs&
 // state; when discovery takes longer it arrives through the loop like every other sample.
 void AppController::startSampler() {
     std::weak_ptr<AppController*> weak = self_;
-    sampler = std::make_unique<LiveSampler>(
+    sampler_ = std::make_unique<LiveSampler>(
         services_.makeCollector, loop_.poster(),
         [weak](const LiveDelivery& delivery) {
             if (const auto self = weak.lock()) (*self)->receiveLive(delivery);
         },
         logSink());
     constexpr std::chrono::milliseconds firstSampleWait{1500};
-    if (const auto first = sampler->awaitFirst(firstSampleWait)) {
+    if (const auto first = sampler_->awaitFirst(firstSampleWait)) {
         rememberLive(first->inputs);
         logFirstSample(first->summary, first->inputs);
         for (const std::string& notice : first->notices)
@@ -126,8 +126,8 @@ void AppController::startSampler() {
 }
 
 void AppController::buildEngine() {
-    auto* collector = live.get();
-    auto* background = sampler.get();
+    auto* collector = live_.get();
+    auto* background = sampler_.get();
     auto& loop = loop_;
     auto sensor = std::make_shared<ThermalSensor>([collector, background, &loop] {
         return background != nullptr ? background->currentThermal(loop.now())
@@ -135,22 +135,22 @@ void AppController::buildEngine() {
     });
     // The settings are read in the background from now on; a stalled first read must not keep
     // the watchdog from starting.
-    auto settingsCache = std::make_shared<SettingsCache>(SettingsStore(opts.dataDir, logSink()));
+    auto settingsCache = std::make_shared<SettingsCache>(SettingsStore(opts_.dataDir, logSink()));
     settingsCache->startWatching(kFirstSettingsReadWait);
     Engine::Parts parts{
         .sensor = std::move(sensor),
-        .settings = SettingsStore(opts.dataDir, logSink()),
-        .markers = MarkerStore(opts.dataDir),
-        .shutdowner = shutdowner,
-        .sounder = sounder,
+        .settings = SettingsStore(opts_.dataDir, logSink()),
+        .markers = MarkerStore(opts_.dataDir),
+        .shutdowner = shutdowner_,
+        .sounder = sounder_,
         .alerter = Alerter(false),
         .log = logSink(),
         .platformTexts = &texts(),
         .settingsCache = std::move(settingsCache),
     };
     parts.wallClock = [&loop] { return loop.wallNow(); };
-    engine = std::make_unique<Engine>(std::move(parts), loop_.now());
-    if (opts.consent) startConsentSaved = engine->consent(*opts.consent, loop_.wallNow());
+    engine_ = std::make_unique<Engine>(std::move(parts), loop_.now());
+    if (opts_.consent) startConsentSaved_ = engine_->consent(*opts_.consent, loop_.wallNow());
 }
 
 void AppController::createWindow() {
@@ -160,24 +160,24 @@ void AppController::createWindow() {
 }
 
 void AppController::startEmergencyOrProbe() {
-    if (opts.testEmergency) {
-        engine->startSim(loop_.now());
-    } else if (engine->settingsInForce.enabled()) {
-        engine->probePermission("launch", false);
+    if (opts_.testEmergency) {
+        engine_->startSim(loop_.now());
+    } else if (engine_->settingsInForce().enabled()) {
+        engine_->probePermission("launch", false);
     }
 }
 
 void AppController::presentFirstTick() {
-    const auto view = engine->tick(loop_.now());
-    ui.liveStage = liveStageOf(view);
-    const auto first = pickMode(view, ui.wantSettings);
+    const auto view = engine_->tick(loop_.now());
+    ui_.liveStage = liveStageOf(view);
+    const auto first = pickMode(view, ui_.wantSettings);
     // The log tells the first page as it tells every later change.
-    if (first != ui.mode) {
-        log("ui: mode " + std::string(modeName(ui.mode)) + " -> " + std::string(modeName(first)));
+    if (first != ui_.mode) {
+        log("ui: mode " + std::string(modeName(ui_.mode)) + " -> " + std::string(modeName(first)));
     }
-    ui.mode = first;
+    ui_.mode = first;
     handleStageChange(false);
-    if (ui.mode != UIMode::home) {
+    if (ui_.mode != UIMode::home) {
         loadPage("stagec");
         resizeKeepingBottom(expandedSize, false);
     }
@@ -187,14 +187,14 @@ void AppController::presentFirstTick() {
 }
 
 void AppController::startTimers() {
-    if (sampler) {
+    if (sampler_) {
         // The sampler keeps its own time, so that a calm loop wakes once a second, for the
         // sample, instead of once to ask for it and once more to receive it; when nobody
         // shows each sample, once in two seconds.
-        sampler->sampleEvery(
+        sampler_->sampleEvery(
             std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
-        if (!showsEverySample()) sampler->postEvery(2);
-        sampler->request();  // the first sample to show comes at once, not on the next second
+        if (!showsEverySample()) sampler_->postEvery(2);
+        sampler_->request();  // the first sample to show comes at once, not on the next second
         return;
     }
     sampleLive();
@@ -218,11 +218,15 @@ void AppController::windowClosed() {
 }
 
 void AppController::log(const std::string& line) const {
-    if (logger) logger->log(line);
+    if (logger_) logger_->log(line);
+}
+
+void AppController::drainLog() const {
+    if (logger_) logger_->drain();
 }
 
 LogSink AppController::logSink() const {
-    std::weak_ptr<FileLogger> weak = logger;
+    std::weak_ptr<FileLogger> weak = logger_;
     return [weak](const std::string& line) {
         if (const auto target = weak.lock()) target->log(line);
     };
@@ -236,7 +240,7 @@ std::function<void()> AppController::guarded(std::function<void(AppController&)>
 }
 
 std::string AppController::baseTitle() const {
-    return std::string(watchdog::appName) + (opts.dryRun ? " · TEST MODE" : "");
+    return std::string(watchdog::appName) + (opts_.dryRun ? " · TEST MODE" : "");
 }
 
 }  // namespace velmora

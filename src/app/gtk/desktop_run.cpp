@@ -145,12 +145,12 @@ void DesktopRun::start(GtkApplication* application) {
 }
 
 void DesktopRun::reportStartProblems() const {
-    if (const auto problem = dataDirProblem(app_->opts.dataDir)) {
+    if (const auto problem = dataDirProblem(app_->options().dataDir)) {
         std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
     }
-    if (app_->opts.consent && !app_->engine->settingsInForce.consentRecorded) {
+    if (app_->options().consent && !app_->engine()->settingsInForce().consentRecorded) {
         std::fprintf(stderr, "velmora-heat-monitor: could not record consent in %s\n",
-                     app_->engine->settings.url().c_str());
+                     app_->engine()->settingsFile().c_str());
     }
 }
 
@@ -166,7 +166,7 @@ int DesktopRun::onDisplayLost(Display* /*display*/) {
         auto& app = *current_->app_;
         app.log("ui: the display went away; quitting");
         app.willTerminate();
-        if (app.logger) app.logger->drain();
+        app.drainLog();
     }
     std::fputs("velmora-heat-monitor: the display went away; quitting\n", stderr);
     _exit(0);

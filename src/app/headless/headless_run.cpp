@@ -18,14 +18,14 @@ namespace {
 
 /// Start-up problems the log cannot tell, because they may keep the log from being written.
 void reportStartProblems(const AppController& app) {
-    if (const auto problem = dataDirProblem(app.opts.dataDir)) {
+    if (const auto problem = dataDirProblem(app.options().dataDir)) {
         std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
     }
-    if (app.opts.consent && !app.startConsentSaved) {
+    if (app.options().consent && !app.startConsentSaved()) {
         std::fprintf(stderr,
                      "velmora-heat-monitor: could not save the consent answer in %s; it holds "
                      "until this run ends\n",
-                     app.engine->settings.url().c_str());
+                     app.engine()->settingsFile().c_str());
     }
 }
 

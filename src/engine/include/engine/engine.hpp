@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <future>
 #include <memory>
@@ -25,6 +26,10 @@
 
 namespace velmora {
 
+namespace testing {
+class EngineTestAccess;
+}
+
 /// The watchdog's heart. Four times a second `tick` reads the temperature, updates the stage
 /// level, runs the real countdown and any simulation, performs the effects of their events
 /// (sounds, marker, shutdown call), and returns the stage page's view. Everything runs on the
@@ -32,8 +37,8 @@ namespace velmora {
 /// A tick never waits on the disk: the settings come from an in-memory cache, and the marker is
 /// written and removed on a thread of its own.
 ///
-/// The data members are public so that the presentation and tests can read them; only the
-/// engine itself changes them.
+/// Its state changes only through `tick` and the user's commands; others read it through the
+/// view, a few narrow accessors, and `snapshot` for tests.
 class Engine {
   public:
     /// What is known of the permission to shut the machine down.
@@ -123,40 +128,40 @@ class Engine {
     /// permission, the permission state.
     void noteFailure(const ShutdownError& error);
 
-    bool simActive() const { return sim.has_value(); }
+    bool simActive() const { return sim_.has_value(); }
+    /// The settings the engine decides by: the file's, or an answer given in this run.
+    const Settings& settingsInForce() const { return settingsInForce_; }
+    /// Where the settings are saved, for messages that name the file.
+    const std::filesystem::path& settingsFile() const { return settings_.url(); }
 
-    std::shared_ptr<TempSensor> sensor;
-    SettingsStore settings;
-    std::shared_ptr<SettingsCache> settingsCache;
-    MarkerStore markers;
-    MarkerQueue markerJobs;
-    std::shared_ptr<Shutdowner> shutdowner;
-    std::shared_ptr<Sounder> sounder;
-    LogSink log;
-    Settings settingsInForce;
-    Countdown real{CountdownConfig::production(), false};
-    std::optional<Countdown> sim;
-    Alerter alerter;
-    double peak = 0;  // °C, highest reading while stage B held
-    std::optional<Relief> relief;
-    /// Set at a launch that found the marker: no countdown starts before it.
-    std::optional<MonoTime> reliefHoldUntil;
-    std::string errorMessage;
-    std::optional<Level> level;
-    std::optional<double> tempC;
-    std::optional<MonoTime> lastEmergencyAlarm;
-    std::optional<MonoTime> firedAt;
-    CountdownState lastLoggedState = CountdownState::idle;
-    MonoTime lastLog = MonoTime::distantPast();
-    MonoTime simStart = MonoTime::distantPast();
-    MonoTime lastNow;
-    std::int64_t shutdownCalls = 0;
-    PermissionState permission;
-    bool permissionDismissed = false;
-    std::optional<ManualFail> manual;
-    bool probing = false;
+    /// A copy of the engine's state at one moment, for tests to inspect.
+    struct Snapshot {
+        Countdown real;                ///< the real countdown
+        std::optional<Countdown> sim;  ///< the rehearsal, while one runs or shows its end
+        MonoTime simStart;             ///< when the rehearsal was started
+        Settings settingsInForce;      ///< see `settingsInForce()`
+        std::optional<Relief> relief;  ///< the relief notice
+        std::optional<MonoTime> reliefHoldUntil;     ///< no countdown before it after a relief
+        std::optional<ManualFail> manual;            ///< the "shut down manually" notice
+        PermissionState permission;                  ///< what the last probe or failure said
+        bool permissionDismissed = false;            ///< the permission notice hidden for this run
+        bool probing = false;                        ///< a permission probe is running
+        double peak = 0;                             ///< °C, highest reading while stage B held
+        std::optional<Level> level;                  ///< the latest tick's stage level
+        std::optional<double> tempC;                 ///< the latest tick's reading
+        std::string errorMessage;                    ///< the stage page's error line
+        std::int64_t shutdownCalls = 0;              ///< calls of the shutdowner by the countdown
+        std::optional<MonoTime> firedAt;             ///< when the shutdown was called
+        std::optional<MonoTime> lastEmergencyAlarm;  ///< when the alarm last sounded
+        MonoTime lastNow;                            ///< the latest tick's time
+    };
+    Snapshot snapshot() const;
 
   private:
+    /// Tests reach through it what no command can: a rehearsal beside a running countdown, a
+    /// reading that no tick has acted on yet, and the end of the marker work.
+    friend class testing::EngineTestAccess;
+
     void handle(const CountdownEvent& event, MonoTime now, bool simulated);
     void handleReal(const CountdownEvent& event, MonoTime now);
     void runShutdown();
@@ -178,11 +183,42 @@ class Engine {
     void stepSimulation(MonoTime now);
     void emit(const std::string& line) const;
     std::string thermalWord() const;
-    const Countdown& shown() const { return sim ? *sim : real; }
+    const Countdown& shown() const { return sim_ ? *sim_ : real_; }
     /// The real countdown is running or the shutdown was called: the emergency owns the stage.
     bool realRunning() const {
-        return real.state == CountdownState::countdown || real.state == CountdownState::fired;
+        return real_.state == CountdownState::countdown || real_.state == CountdownState::fired;
     }
+
+    std::shared_ptr<TempSensor> sensor_;
+    SettingsStore settings_;
+    std::shared_ptr<SettingsCache> settingsCache_;
+    MarkerStore markers_;
+    MarkerQueue markerJobs_;
+    std::shared_ptr<Shutdowner> shutdowner_;
+    std::shared_ptr<Sounder> sounder_;
+    LogSink log_;
+    Settings settingsInForce_;
+    Countdown real_{CountdownConfig::production(), false};
+    std::optional<Countdown> sim_;
+    Alerter alerter_;
+    double peak_ = 0;  // °C, highest reading while stage B held
+    std::optional<Relief> relief_;
+    /// Set at a launch that found the marker: no countdown starts before it.
+    std::optional<MonoTime> reliefHoldUntil_;
+    std::string errorMessage_;
+    std::optional<Level> level_;
+    std::optional<double> tempC_;
+    std::optional<MonoTime> lastEmergencyAlarm_;
+    std::optional<MonoTime> firedAt_;
+    CountdownState lastLoggedState_ = CountdownState::idle;
+    MonoTime lastLog_ = MonoTime::distantPast();
+    MonoTime simStart_ = MonoTime::distantPast();
+    MonoTime lastNow_;
+    std::int64_t shutdownCalls_ = 0;
+    PermissionState permission_;
+    bool permissionDismissed_ = false;
+    std::optional<ManualFail> manual_;
+    bool probing_ = false;
 
     const PlatformTexts& words_;
     std::function<Timestamp()> wallClock_;

@@ -49,10 +49,9 @@ struct AppServices {
     std::function<void(LogSink)> connectLog;
 };
 
-/// The presentation's state, read by tests and by nothing else outside the controller.
+/// The presentation's state, kept by the controller; tests read it through
+/// `AppController::presentation`.
 struct PresentationState {
-    /// Set once to none and never assigned again: the demonstration branches stay dormant.
-    AlertStage demoStage = AlertStage::none;
     AlertStage liveStage = AlertStage::none;
     AlertStage lastAnnounced = AlertStage::none;
     UIMode mode = UIMode::home;
@@ -67,7 +66,6 @@ struct PresentationState {
     /// The number of the last sample shown, from 1.
     std::int64_t liveCount = 0;
     bool heatItem = false;
-    std::optional<TimerId> emergencyRepeatTimer;
 };
 
 /// The application's logic on every platform: start-up, the bridge to the pages, the stage
@@ -88,8 +86,8 @@ class AppController {
     void willTerminate() const;
     /// One line to the log, when the log is open.
     void log(const std::string& line) const;
-    /// The log as a sink for other components; it does nothing once the controller is gone.
-    LogSink logSink() const;
+    /// Waits until every line logged so far is written, when the log is open.
+    void drainLog() const;
 
     // What the shell reports.
     void receive(PageMessage message);
@@ -99,12 +97,34 @@ class AppController {
     /// The user closed the main window: the application ends, as with Quit.
     void windowClosed();
 
+    /// Makes the window large, as the page's expand button does.
+    void expand(bool animate);
+
+    // Read-only views of the controller's state, for the shells' messages and for tests.
+    const LaunchOptions& options() const { return opts_; }
+    /// The per-launch token that page messages must carry.
+    const std::string& token() const { return token_; }
+    AppearancePref appearance() const { return appearance_; }
+    const PresentationState& presentation() const { return ui_; }
+    /// The watchdog; null until `start` built it.
+    const Engine* engine() const { return engine_.get(); }
+    /// The actuators `start` chose for the options.
+    const std::shared_ptr<Shutdowner>& shutdowner() const { return shutdowner_; }
+    const std::shared_ptr<Sounder>& sounder() const { return sounder_; }
+    /// Whether the answer of "--consent" reached the disk; it holds for the run either way.
+    bool startConsentSaved() const { return startConsentSaved_; }
+    /// The window's title when no countdown or notice takes it over.
+    std::string baseTitle() const;
+
+  private:
+    /// The log as a sink for other components; it does nothing once the controller is gone.
+    LogSink logSink() const;
+
     // Timer bodies, also called after page commands.
     void tick();
     void sampleLive();
 
     // Presentation, shared with the menus and page messages.
-    void expand(bool animate);
     void collapse(bool animate);
     void setAppearance(AppearancePref pref, bool fromPage);
     void userShutdown();
@@ -112,29 +132,8 @@ class AppController {
     void resizeKeepingBottom(Size contentSize, bool animate);
     void handleStageChange(bool forceSound);
     void applyHome();
-    void startEmergencyRepeat();
-    void stopEmergencyRepeat();
     void playSoftChime();
-    void playUrgentAlert();
 
-    AlertStage currentStage() const;
-    std::string baseTitle() const;
-
-    const LaunchOptions opts;
-    const std::string token;
-    AppearancePref appearance;
-    PresentationState ui;
-    std::unique_ptr<HeatCollector> live;
-    /// The sampling thread, when the collector runs on one (then `live` is empty).
-    std::unique_ptr<LiveSampler> sampler;
-    std::shared_ptr<FileLogger> logger;
-    std::shared_ptr<Shutdowner> shutdowner;
-    std::shared_ptr<Sounder> sounder;
-    std::unique_ptr<Engine> engine;
-    /// Whether the answer of "--consent" reached the disk; it holds for the run either way.
-    bool startConsentSaved = true;
-
-  private:
     // Start-up.
     void chooseActuators();
     void logSensorLines();
@@ -192,6 +191,18 @@ class AppController {
     /// Wraps work for the loop so that it does nothing once the controller is gone.
     std::function<void()> guarded(std::function<void(AppController&)> work);
 
+    const LaunchOptions opts_;
+    const std::string token_;
+    AppearancePref appearance_;
+    PresentationState ui_;
+    std::unique_ptr<HeatCollector> live_;
+    /// The sampling thread, when the collector runs on one (then `live_` is empty).
+    std::unique_ptr<LiveSampler> sampler_;
+    std::shared_ptr<FileLogger> logger_;
+    std::shared_ptr<Shutdowner> shutdowner_;
+    std::shared_ptr<Sounder> sounder_;
+    std::unique_ptr<Engine> engine_;
+    bool startConsentSaved_ = true;
     Shell& shell_;
     MainLoop& loop_;
     AppServices services_;
