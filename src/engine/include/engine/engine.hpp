@@ -175,7 +175,6 @@ class Engine {
     void onShutdownFailed(const ShutdownError& error);
     void onProbeResult(const AutomationOutcome& outcome);
     void logStart();
-    void stepReal(MonoTime now, bool critical, bool calm, bool enabled);
     void soundEmergencyAlarm(MonoTime now);
     void logStateChange(MonoTime now, bool critical, bool enabled);
     void checkFailsafe(MonoTime now);
