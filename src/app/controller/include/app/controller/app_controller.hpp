@@ -100,6 +100,12 @@ class AppController {
     /// Makes the window large, as the page's expand button does.
     void expand(bool animate);
 
+    /// The loop's timer bodies, also run after page commands: one presentation tick (engine,
+    /// page mode, render) and one live sample on the loop's own collector. Public so that a
+    /// benchmark can drive them without timers.
+    void tick();
+    void sampleLive();
+
     // Read-only views of the controller's state, for the shells' messages and for tests.
     const LaunchOptions& options() const { return opts_; }
     /// The per-launch token that page messages must carry.
@@ -119,10 +125,6 @@ class AppController {
   private:
     /// The log as a sink for other components; it does nothing once the controller is gone.
     LogSink logSink() const;
-
-    // Timer bodies, also called after page commands.
-    void tick();
-    void sampleLive();
 
     // Presentation, shared with the menus and page messages.
     void collapse(bool animate);
