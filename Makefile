@@ -17,9 +17,11 @@ FUZZ_BUILD   ?= build-fuzz
 deps:
 	@scripts/install-deps
 
+# The benchmarks are built with everything else, so that a change that breaks one fails the
+# build; `make bench` runs them from an optimised build of their own.
 configure: deps
 	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_SANITIZE=$(SANITIZE) \
-	  -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	  -DVELMORA_BUILD_BENCH=ON -DCMAKE_INSTALL_PREFIX=$(PREFIX)
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
