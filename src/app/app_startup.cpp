@@ -20,7 +20,7 @@ using engine_text::boolText;
 namespace {
 
 // How long start-up waits for the first read of the settings file.
-constexpr double kFirstSettingsReadWait = 1.0;
+constexpr std::chrono::seconds kFirstSettingsReadWait{1};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <utility>
 
 #include "engine/engine_text.hpp"
@@ -20,14 +21,14 @@ std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
            "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + integerPart(watchdog::countdownSeconds) +
-           "s grace=" + integerPart(watchdog::graceSeconds) +
+           ") countdown=" + integerPart(watchdog::countdownLength) +
+           "s grace=" + integerPart(watchdog::graceLength) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
 
 // How often a running countdown is written to the log.
-constexpr double kCountdownLogInterval = 5;
+constexpr std::chrono::seconds kCountdownLogInterval{5};
 
 // Without a cache from the owner: the file as it is now, read once.
 std::shared_ptr<SettingsCache> readOnceCache(const SettingsStore& store) {
@@ -86,8 +87,8 @@ void Engine::logStart() {
     relief = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
-    reliefHoldUntil = lastNow + watchdog::reliefHoldSeconds;
-    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHoldSeconds) +
+    reliefHoldUntil = lastNow + watchdog::reliefHold;
+    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHold) +
          "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
@@ -152,7 +153,7 @@ void Engine::soundEmergencyAlarm(MonoTime now) {
     const bool simCounting = sim && sim->state == CountdownState::countdown;
     if (level != Level::blowout || realRunning() || simCounting) return;
     const bool alarmedRecently =
-        lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmIntervalSeconds;
+        lastEmergencyAlarm && now - *lastEmergencyAlarm < watchdog::emergencyAlarmInterval;
     if (alarmedRecently) return;
     lastEmergencyAlarm = now;
     sounder->alarm();
@@ -177,8 +178,8 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 
 void Engine::checkFailsafe(MonoTime now) {
     if (real.state != CountdownState::fired || !firedAt) return;
-    if (now - *firedAt < watchdog::failsafeSeconds) return;
-    emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
+    if (now - *firedAt < watchdog::failsafeDelay) return;
+    emit("stage-c: still running " + integerPart(watchdog::failsafeDelay) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs.clear();
     real.reset();  // idle, no previous step, no pending cancel; deadlines are left
@@ -192,7 +193,7 @@ void Engine::stepSimulation(MonoTime now) {
         sim.reset();
         return;
     }
-    if (now - simStart < watchdog::simulationLeadInSeconds) return;
+    if (now - simStart < watchdog::simulationLeadIn) return;
     for (const CountdownEvent& event : sim->step(now, CountdownInput{true, false, true})) {
         handle(event, now, true);
     }

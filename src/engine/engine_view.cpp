@@ -12,14 +12,14 @@ namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
     const Countdown& m = shown();
-    const bool leadIn = sim && sim->state == CountdownState::idle &&
-                        now - simStart < watchdog::simulationLeadInSeconds;
+    const bool leadIn =
+        sim && sim->state == CountdownState::idle && now - simStart < watchdog::simulationLeadIn;
     nlohmann::json v = {
         {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
-        {"totalSecs", watchdog::countdownSeconds},
+        {"totalSecs", watchdog::countdownLength.count()},
         {"sim", sim.has_value()},
         {"simDone", sim && sim->state == CountdownState::done},
         {"lead", leadIn},
@@ -31,7 +31,7 @@ nlohmann::json Engine::view(MonoTime now) const {
                       : (level ? std::string(label(*level)) : std::string("n/a"))},
         {"nowTxt", nowText()},
         {"err", errorMessage},
-        {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now))},
+        {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now).count())},
         {"autoEnabled", settingsInForce.enabled()},
         {"permState", permissionName()},
         {"permMsg", permissionText()},

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -46,7 +47,7 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
     EXPECT_EQ(engine->errorMessage, "Could not shut down: " + kDeniedText);
     EXPECT_EQ(engine->real.state, CountdownState::grace);
-    EXPECT_EQ(engine->real.graceLeft(at(10)), 300);
+    EXPECT_EQ(engine->real.graceLeft(at(10)), std::chrono::seconds(300));
     EXPECT_FALSE(engine->firedAt.has_value());
     EXPECT_FALSE(markerExists());
     const auto view = engine->view(at(10));
