@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <utility>
 
 #include "app/app_controller.hpp"
@@ -15,7 +16,7 @@ void AppController::loadPage(const std::string& name) {
     shell_.loadPage(WebView::main, *file, file->parent_path());
     const std::string stage(rawValue(currentStage()));
     const std::string demo(rawValue(ui.demoStage));
-    loop_.postAfter(0.15, guarded([stage, demo](AppController& app) {
+    loop_.postAfter(std::chrono::milliseconds(150), guarded([stage, demo](AppController& app) {
                         app.shell_.evaluate(WebView::main, stageScript(stage, demo));
                     }));
 }

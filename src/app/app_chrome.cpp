@@ -50,7 +50,7 @@ void AppController::playUrgentAlert() {
 void AppController::startEmergencyRepeat() {
     stopEmergencyRepeat();
     ui.emergencyRepeatTimer = loop_.startRepeating(
-        watchdog::emergencyAlarmIntervalSeconds, guarded([](AppController& app) {
+        watchdog::emergencyAlarmInterval, guarded([](AppController& app) {
             if (app.ui.demoStage == AlertStage::emergency && app.shell_.windowVisible()) {
                 app.playUrgentAlert();
             }

@@ -191,8 +191,7 @@ void AppController::startTimers() {
         // The sampler keeps its own time, so that a calm loop wakes once a second, for the
         // sample, instead of once to ask for it and once more to receive it; when nobody
         // shows each sample, once in two seconds.
-        sampler->sampleEvery(
-            std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
+        sampler->sampleEvery(HeatCollector::interval);
         if (!showsEverySample()) sampler->postEvery(2);
         sampler->request();  // the first sample to show comes at once, not on the next second
         return;

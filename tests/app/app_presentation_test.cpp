@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "app/app_harness.hpp"
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 using nlohmann::json;
 
@@ -20,7 +24,7 @@ TEST(StagePresentation, SimulatedCountdownIsCountAndLeavesTheLiveStageAtNone) {
     auto& app = h.launch({"--mute"});
     h.send("stagec", h.withToken("test"));
     EXPECT_EQ(app.ui.mode, UIMode::lead);
-    h.loop.advance(4.5);
+    h.loop.advance(4500ms);
     EXPECT_EQ(app.ui.mode, UIMode::count);
     EXPECT_EQ(app.ui.liveStage, AlertStage::none);
     EXPECT_TRUE(h.logged("ui: mode lead -> count"));
@@ -35,7 +39,7 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     auto& app = h.launch();
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);  // the next sample sees it, the next tick acts on it
+    h.loop.advance(1s);  // the next sample sees it, the next tick acts on it
     EXPECT_EQ(app.ui.liveStage, AlertStage::extreme);
     EXPECT_TRUE(app.ui.isExpanded);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
@@ -45,7 +49,7 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     EXPECT_EQ(h.shell.sounds, std::vector<std::string>{"Tink"});
     EXPECT_EQ(h.shell.announcements.size(), 1U);
 
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_EQ(h.shell.sounds.size(), 1U);
     EXPECT_EQ(h.shell.announcements.size(), 1U);
     EXPECT_EQ(h.shell.frameChanges.size(), 1U);
@@ -56,7 +60,7 @@ TEST(StagePresentation, MutedChimeIsLogged) {
     h.recordConsent();
     h.launch({"--mute"});
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_TRUE(h.shell.sounds.empty());
     EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
 }
@@ -67,7 +71,7 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     auto& app = h.launch();
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::critical;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.mode, UIMode::home);
     EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
     ASSERT_FALSE(h.shell.frameChanges.empty());
@@ -84,7 +88,7 @@ TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge)
     h.recordConsent();
     auto& app = h.launch();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     h.shell.clearRecords();
     h.send("size", json("collapse"));
     h.send("heat", h.withToken("dismiss"));
@@ -98,7 +102,7 @@ TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     EXPECT_EQ(app.ui.mode, UIMode::count);
-    h.loop.advance(3.0);
+    h.loop.advance(3s);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "EMERGENCY 7s");
     EXPECT_EQ(h.shell.countdownItem->second, (Rgb{0.97, 0.44, 0.44}));
@@ -116,7 +120,7 @@ TEST(StagePresentation, LeavingTheCountdownRestoresTheTestModeTitleUnderADryRun)
     AppHarness h;
     h.recordConsent();
     h.launch({"--force-thermal", "critical", "--mute", "--dry-run-shutdown"});
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(h.shell.title, "EMERGENCY · 9s");
     h.send("stagec", h.withToken("cancel"));
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
@@ -126,7 +130,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
-    h.loop.advance(10.25);
+    h.loop.advance(10250ms);
     EXPECT_EQ(app.engine->real.state, CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
@@ -139,7 +143,7 @@ TEST(StagePresentation, TitleIsSetOnlyWhenItChanges) {
     h.recordConsent();
     h.launch();
     h.shell.clearRecords();
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_EQ(h.shell.titleChanges, 0);
 }
 
@@ -167,10 +171,10 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     h.recordConsent();
     auto& app = h.launch();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::nominal;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.liveStage, AlertStage::none);
     // Still expanded: the stage made it large and nothing collapsed it.
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
@@ -186,10 +190,10 @@ TEST(StagePresentation, DemoEmergencyPlaysTheUrgentAlertAndRepeatsItWhileVisible
     app.handleStageChange(true);
     EXPECT_EQ(h.shell.sounds, std::vector<std::string>{"Sosumi"});
     ASSERT_TRUE(app.ui.emergencyRepeatTimer.has_value());
-    h.loop.advance(15.0);
+    h.loop.advance(15s);
     EXPECT_EQ(h.shell.sounds.size(), 2U);
     h.shell.visible = false;
-    h.loop.advance(15.0);
+    h.loop.advance(15s);
     EXPECT_EQ(h.shell.sounds.size(), 2U);
     EXPECT_TRUE(h.loop.isScheduled(*app.ui.emergencyRepeatTimer));  // keeps running
 }
@@ -214,7 +218,7 @@ TEST(StagePresentation, DemoStageWinsTheCurrentStageAndBlocksLiveCues) {
     app.ui.demoStage = AlertStage::extreme;
     h.readings->thermal = ThermalState::critical;
     h.recordConsent(false);
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.liveStage, AlertStage::emergency);
     EXPECT_EQ(app.currentStage(), AlertStage::extreme);
     EXPECT_TRUE(h.shell.sounds.empty());

@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 
 #include "app/app_harness.hpp"
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 bool startsWith(const std::vector<std::string>& lines, std::size_t index, const std::string& text) {
     return index < lines.size() && lines[index].starts_with(text);
@@ -92,7 +95,7 @@ TEST(AppStartup, MuteWritesEveryTickCueToTheLog) {
     AppHarness h;
     h.recordConsent();
     h.launch({"--mute", "--dry-run-shutdown", "--force-thermal", "critical"});
-    h.loop.advance(11);
+    h.loop.advance(11s);
     EXPECT_EQ(h.countLines("sound: tick (muted)"), 4);
     EXPECT_TRUE(h.systemSounder->cues.empty());
 }
@@ -176,7 +179,7 @@ TEST(AppStartup, ACalmWatchdogSamplesOnceASecondAndTicksWithEachSample) {
     EXPECT_EQ(app.ui.liveCount, 1);
     const auto samplesAtStart = h.readings->samples;
     const auto statusesAtStart = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.liveCount, 2);
     EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
     // The sample and the one tick that follows it each report the status.
@@ -188,7 +191,7 @@ TEST(AppStartup, ACountdownTicksFourTimesASecond) {
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     const auto statusesAtStart = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.liveCount, 2);
     // Four ticks and one sample.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 5);
@@ -199,13 +202,13 @@ TEST(AppStartup, TheQuickTicksStopWhenTheEmergencyIsOver) {
     h.recordConsent();
     auto& app = h.launch({"--mute"});
     h.readings->thermal = ThermalState::critical;
-    h.loop.advance(3.0);
+    h.loop.advance(3s);
     ASSERT_EQ(app.ui.mode, UIMode::count);
     h.readings->thermal = ThermalState::nominal;
-    h.loop.advance(3.0);  // the countdown is called off and the window goes home
+    h.loop.advance(3s);  // the countdown is called off and the window goes home
     ASSERT_EQ(app.ui.mode, UIMode::home);
     const auto statusesBefore = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(h.shell.statuses.size(), statusesBefore + 2);
 }
 
@@ -230,7 +233,7 @@ TEST(AppStartup, NothingRunsOnceTheControllerIsGone) {
     h.app.reset();
     const auto samples = h.readings->samples;
     const auto evaluations = h.shell.evaluations.size();
-    h.loop.advance(30);
+    h.loop.advance(30s);
     EXPECT_EQ(h.readings->samples, samples);
     EXPECT_EQ(h.shell.evaluations.size(), evaluations);
     EXPECT_EQ(h.loop.pending(), 0U);
@@ -286,7 +289,7 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRu
     app.start();
     EXPECT_EQ(app.ui.mode, UIMode::consent);
     EXPECT_FALSE(app.engine->consent(true, h.loop.wallNow()));
-    h.loop.advance(1);
+    h.loop.advance(1s);
     EXPECT_EQ(app.ui.mode, UIMode::home);
     EXPECT_TRUE(app.engine->settingsInForce.enabled());
 }
