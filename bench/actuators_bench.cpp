@@ -27,7 +27,7 @@ BENCHMARK(BM_ClassifyOtherError);
 void BM_RunChildThatAnswersAtOnce(benchmark::State& state) {
     const velmora::ScriptRunner runner("/bin/true");
     for (auto _ : state)
-        benchmark::DoNotOptimize(runner.run("get name", 20));
+        benchmark::DoNotOptimize(runner.run("get name", velmora::Seconds(20)));
 }
 BENCHMARK(BM_RunChildThatAnswersAtOnce)->Unit(benchmark::kMicrosecond);
 

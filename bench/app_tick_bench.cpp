@@ -53,8 +53,8 @@ class NullShell final : public Shell {
 class IdleLoop final : public MainLoop {
   public:
     void post(std::function<void()>) override {}
-    TimerId postAfter(double, std::function<void()>) override { return ++ids; }
-    TimerId startRepeating(double, std::function<void()>) override { return ++ids; }
+    TimerId postAfter(Seconds, std::function<void()>) override { return ++ids; }
+    TimerId startRepeating(Seconds, std::function<void()>) override { return ++ids; }
     void stop(TimerId) override {}
     MonoTime now() const override { return MonoTime::now(); }
     Timestamp wallNow() const override { return Timestamp::now(); }

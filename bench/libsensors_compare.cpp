@@ -49,7 +49,7 @@ void BM_WatchdogSample100(benchmark::State& state) {
     backend.prime(now);
     std::size_t read = 0;
     for (auto _ : state) {
-        now = now + 1.0;
+        now = now + velmora::Seconds(1.0);
         read = backend.sample(now).sensors.size();
         benchmark::DoNotOptimize(read);
     }

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const double seconds = (input.take<std::uint16_t>() + 1) / 1000.0;
     if (!previous || !current) return 0;
 
-    const auto watts = velmora::wattsBetween(*previous, *current, range, seconds);
+    const auto watts = velmora::wattsBetween(*previous, *current, range, velmora::Seconds(seconds));
     if (!watts) return 0;
     require(std::isfinite(*watts) && *watts >= 0.0, "power is a finite, non-negative number");
     return 0;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -146,12 +147,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr velmora::Timestamp kStart = velmora::Timestamp::fromSeconds(1'700'000'000);
     velmora::LinuxBackend backend(root.string());
     backend.prime(kStart);
-    const velmora::LiveInputs first = backend.sample(kStart + 1);
+    const velmora::LiveInputs first = backend.sample(kStart + std::chrono::seconds(1));
     velmora::fuzz::checkLinuxSample(first, root);
     checkDocument(first);
 
     writeSecondRound(root, input);
-    const velmora::LiveInputs second = backend.sample(kStart + 2);
+    const velmora::LiveInputs second = backend.sample(kStart + std::chrono::seconds(2));
     velmora::fuzz::checkLinuxSample(second, root);
     checkDocument(second);
     velmora::fuzz::checkLinuxSummary(backend.sensorSummary(), backend.sources());

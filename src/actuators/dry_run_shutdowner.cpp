@@ -1,5 +1,6 @@
 #include "actuators/dry_run_shutdowner.hpp"
 
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -11,7 +12,7 @@ namespace velmora {
 namespace {
 
 // Half the real probe's limit: a demonstration should not hang on an unanswered prompt.
-constexpr double realProbeTimeout = 60;
+constexpr std::chrono::seconds realProbeTimeout{60};
 
 }  // namespace
 

@@ -12,9 +12,8 @@ namespace velmora {
 
 ScriptRunner::ScriptRunner(std::string executable) : executable_(std::move(executable)) {}
 
-AutomationOutcome ScriptRunner::run(std::string_view script, double timeoutSeconds) const {
-    const ChildResult result = runChild(executable_, {"-e", std::string(script)},
-                                        std::chrono::duration<double>(timeoutSeconds));
+AutomationOutcome ScriptRunner::run(std::string_view script, Seconds timeout) const {
+    const ChildResult result = runChild(executable_, {"-e", std::string(script)}, timeout);
     return std::visit(
         [](const auto& ending) {
             using Ending = std::decay_t<decltype(ending)>;

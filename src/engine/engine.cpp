@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <utility>
 
 #include "engine/engine_text.hpp"
@@ -20,14 +21,14 @@ std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
            "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
-           ") countdown=" + integerPart(watchdog::countdownSeconds) +
-           "s grace=" + integerPart(watchdog::graceSeconds) +
+           ") countdown=" + integerPart(watchdog::countdownLength) +
+           "s grace=" + integerPart(watchdog::graceLength) +
            "s; shutdown runs at the END of the countdown (" + std::string(words.shutdownMechanism) +
            ")";
 }
 
 // How often a running countdown is written to the log.
-constexpr double kCountdownLogInterval = 5;
+constexpr std::chrono::seconds kCountdownLogInterval{5};
 
 // Without a cache from the owner: the file as it is now, read once.
 std::shared_ptr<SettingsCache> readOnceCache(const SettingsStore& store) {
@@ -87,8 +88,8 @@ void Engine::logStart() {
     relief_ = Relief{marker->peakC, false};
     emit("stage-c: marker found at launch (shutdown at " + marker->at + ", peak ladder " +
          integerPart(marker->peakC) + "); showing relief; marker cleared");
-    reliefHoldUntil_ = lastNow_ + watchdog::reliefHoldSeconds;
-    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHoldSeconds) +
+    reliefHoldUntil_ = lastNow_ + watchdog::reliefHold;
+    emit("stage-c: no countdown for the next " + integerPart(watchdog::reliefHold) +
          "s after the shutdown (time to read the notice and turn automatic shutdown off)");
 }
 
@@ -153,7 +154,7 @@ void Engine::soundEmergencyAlarm(MonoTime now) {
     const bool simCounting = sim_ && sim_->state == CountdownState::countdown;
     if (level_ != Level::blowout || realRunning() || simCounting) return;
     const bool alarmedRecently =
-        lastEmergencyAlarm_ && now - *lastEmergencyAlarm_ < watchdog::emergencyAlarmIntervalSeconds;
+        lastEmergencyAlarm_ && now - *lastEmergencyAlarm_ < watchdog::emergencyAlarmInterval;
     if (alarmedRecently) return;
     lastEmergencyAlarm_ = now;
     sounder_->alarm();
@@ -178,8 +179,8 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 
 void Engine::checkFailsafe(MonoTime now) {
     if (real_.state != CountdownState::fired || !firedAt_) return;
-    if (now - *firedAt_ < watchdog::failsafeSeconds) return;
-    emit("stage-c: still running " + integerPart(watchdog::failsafeSeconds) +
+    if (now - *firedAt_ < watchdog::failsafeDelay) return;
+    emit("stage-c: still running " + integerPart(watchdog::failsafeDelay) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");
     markerJobs_.clear();
     real_.reset();  // idle, no previous step, no pending cancel; deadlines are left
@@ -193,7 +194,7 @@ void Engine::stepSimulation(MonoTime now) {
         sim_.reset();
         return;
     }
-    if (now - simStart_ < watchdog::simulationLeadInSeconds) return;
+    if (now - simStart_ < watchdog::simulationLeadIn) return;
     for (const CountdownEvent& event : sim_->step(now, CountdownInput{true, false, true})) {
         handle(event, now, true);
     }

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <string>
 
 #include "engine/engine.hpp"
@@ -16,7 +17,7 @@ namespace {
 constexpr const char* kAutoShutdownTurnedOn = "auto-shutdown turned on";
 // How long a command waits for its answer to reach the disk before it lets the save go on in
 // the background; the ticks wait meanwhile.
-constexpr double kSettingsSaveWait = 0.5;
+constexpr std::chrono::milliseconds kSettingsSaveWait{500};
 
 }  // namespace
 
@@ -25,12 +26,12 @@ void Engine::startSim(MonoTime now) {
         emit("stage-c: SIMULATION refused: a real countdown is active");
         return;
     }
-    const CountdownConfig rehearsal{watchdog::countdownSeconds, watchdog::graceSeconds,
-                                    watchdog::staleGapSeconds, false};
+    const CountdownConfig rehearsal{watchdog::countdownLength, watchdog::graceLength,
+                                    watchdog::staleGap, false};
     sim_.emplace(rehearsal, true);
     simStart_ = now;
-    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadInSeconds) +
-         "s Stage B lead-in + " + integerPart(watchdog::countdownSeconds) +
+    emit("stage-c: SIMULATION started (" + integerPart(watchdog::simulationLeadIn) +
+         "s Stage B lead-in + " + integerPart(watchdog::countdownLength) +
          "s countdown). NO shutdown will be run.");
 }
 
@@ -48,7 +49,7 @@ void Engine::cancel(MonoTime now) {
             firedAt_.reset();
             errorMessage_.clear();
             emit("stage-c: cancelled before the shutdown ran; grace " +
-                 integerPart(watchdog::graceSeconds) + "s");
+                 integerPart(watchdog::graceLength) + "s");
             break;
         case CountdownState::fired:
             // Once the shutdown has been called it is not undone.

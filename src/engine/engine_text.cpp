@@ -10,4 +10,8 @@ std::string integerPart(std::optional<double> value) {
     return std::to_string(static_cast<long long>(*value));
 }
 
+std::string integerPart(Seconds span) {
+    return integerPart(span.count());
+}
+
 }  // namespace velmora::engine_text

@@ -13,14 +13,14 @@ namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
     const Countdown& m = shown();
-    const bool leadIn = sim_ && sim_->state == CountdownState::idle &&
-                        now - simStart_ < watchdog::simulationLeadInSeconds;
+    const bool leadIn =
+        sim_ && sim_->state == CountdownState::idle && now - simStart_ < watchdog::simulationLeadIn;
     nlohmann::json v = {
         {"version", std::string(watchdog::version)},
         {"state", std::string(rawValue(m.state))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
-        {"totalSecs", watchdog::countdownSeconds},
+        {"totalSecs", watchdog::countdownLength.count()},
         {"sim", sim_.has_value()},
         {"simDone", sim_ && sim_->state == CountdownState::done},
         {"lead", leadIn},
@@ -32,7 +32,7 @@ nlohmann::json Engine::view(MonoTime now) const {
                        : (level_ ? std::string(label(*level_)) : std::string("n/a"))},
         {"nowTxt", nowText()},
         {"err", errorMessage_},
-        {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now))},
+        {"graceSecs", static_cast<std::int64_t>(m.graceLeft(now).count())},
         {"autoEnabled", settingsInForce_.enabled()},
         {"permState", permissionName()},
         {"permMsg", permissionText()},

@@ -53,7 +53,7 @@ void HeatCollector::rememberCpuTemp(const std::optional<TempReading>& cpuTemp) {
 
 std::optional<ThermalState> HeatCollector::currentThermal(Timestamp now) const {
     if (!last_ || !lastAt_) return std::nullopt;
-    if (now - *lastAt_ < staleAfterSeconds) return last_->thermal;
+    if (now - *lastAt_ < staleAfter) return last_->thermal;
     return std::nullopt;
 }
 

@@ -165,8 +165,8 @@ bool LiveSampler::replaceIfHung() {
     std::unique_lock lock(worker.mutex);
     const MonoTime now = clock_();
     const auto reading = worker.watch.currentFor(now);
-    const bool readHangs = reading && *reading > hangAfterSeconds;
-    if (!worker.busy || !(readHangs || now - worker.busySince > sampleLimitSeconds)) return false;
+    const bool readHangs = reading && *reading > hangAfter;
+    if (!worker.busy || !(readHangs || now - worker.busySince > sampleLimit)) return false;
     worker.stopping = true;
     const std::string path = worker.watch.current();
     lock.unlock();
@@ -196,7 +196,7 @@ void LiveSampler::abandon(Worker& worker, const std::string& path) {
     ++restarts_;
     if (log_) {
         log_("live: " + (path.empty() ? std::string("a sample") : "reading " + path) +
-             " has not answered for " + std::to_string(static_cast<int>(hangAfterSeconds)) +
+             " has not answered for " + std::to_string(hangAfter.count()) +
              " s or more; it is left behind (stale) and sampling starts afresh without it");
     }
     startWorker();
@@ -229,7 +229,7 @@ void LiveSampler::received(const LiveDelivery& delivery) {
 
 std::optional<ThermalState> LiveSampler::currentThermal(MonoTime now) const {
     if (!last_ || !lastAt_) return std::nullopt;
-    if (now - *lastAt_ < HeatCollector::staleAfterSeconds) return last_->thermal;
+    if (now - *lastAt_ < HeatCollector::staleAfter) return last_->thermal;
     return std::nullopt;
 }
 

@@ -47,7 +47,7 @@ void ReadWatch::begin(const std::string& path) {
     since_ = now;
 }
 
-std::optional<double> ReadWatch::currentFor(MonoTime now) const {
+std::optional<Seconds> ReadWatch::currentFor(MonoTime now) const {
     std::lock_guard lock(mutex_);
     if (path_ == nullptr) return std::nullopt;
     return now - since_;

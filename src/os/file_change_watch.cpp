@@ -20,8 +20,8 @@ namespace velmora {
 
 namespace {
 
-int pollMilliseconds(double seconds) {
-    return static_cast<int>(std::lround(seconds * 1000.0));
+int pollMilliseconds(std::chrono::duration<double> span) {
+    return static_cast<int>(std::lround(std::chrono::duration<double, std::milli>(span).count()));
 }
 
 #ifdef __linux__
@@ -111,13 +111,13 @@ void FileChangeWatch::run() {
     auto lastLook = Clock::now();
     for (;;) {
         const bool watched = watch_ >= 0;
-        const double interval = watched ? intervals_.watched : intervals_.unwatched;
-        const std::chrono::duration<double> left =
-            lastLook + std::chrono::duration<double>(interval) - Clock::now();
+        const std::chrono::duration<double> interval =
+            watched ? intervals_.watched : intervals_.unwatched;
+        const std::chrono::duration<double> left = lastLook + interval - Clock::now();
         std::array<pollfd, 2> fds{pollfd{stopRead_.get(), POLLIN, 0},
                                   pollfd{notify_.get(), POLLIN, 0}};
         const nfds_t count = watched ? 2 : 1;
-        const int ready = ::poll(fds.data(), count, std::max(0, pollMilliseconds(left.count())));
+        const int ready = ::poll(fds.data(), count, std::max(0, pollMilliseconds(left)));
         if (ready < 0 && errno == EINTR) continue;
         if (ready < 0) std::this_thread::sleep_for(left);
         if ((fds[0].revents & POLLIN) != 0) return;

@@ -18,7 +18,7 @@ std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) 
     }
     if (!hotSince) hotSince = now;
     if (cls == Level::blowout) return Level::blowout;  // leaves extremeSince running
-    if (cls == Level::hot && now - *hotSince < watchdog::hotSustainSeconds) {
+    if (cls == Level::hot && now - *hotSince < watchdog::hotSustain) {
         extremeSince.reset();
         return Level::hot;
     }
@@ -28,7 +28,7 @@ std::optional<Level> Alerter::update(std::optional<double> tempC, MonoTime now) 
 Level Alerter::extremeOrPromoted(MonoTime now) {
     if (!extremeSince) extremeSince = now;
     if (!promoteSustainedExtreme) return Level::extreme;
-    return now - *extremeSince >= watchdog::extremeSustainSeconds ? Level::blowout : Level::extreme;
+    return now - *extremeSince >= watchdog::extremeSustain ? Level::blowout : Level::extreme;
 }
 
 }  // namespace velmora

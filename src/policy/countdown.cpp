@@ -1,6 +1,7 @@
 #include "policy/countdown.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -11,8 +12,9 @@ namespace velmora {
 
 namespace {
 
-std::int64_t wholeSecondsOrThrow(double seconds) {
+std::int64_t wholeSecondsOrThrow(Seconds length) {
     constexpr auto limit = static_cast<double>(std::numeric_limits<std::int32_t>::max());
+    const double seconds = length.count();
     if (!std::isfinite(seconds) || std::fabs(seconds) > limit) {
         throw std::invalid_argument("countdown length must be a finite number of seconds");
     }
@@ -62,8 +64,8 @@ std::string_view rawValue(CountdownEventKind kind) {
 }
 
 CountdownConfig CountdownConfig::production() {
-    return CountdownConfig{watchdog::countdownSeconds, watchdog::graceSeconds,
-                           watchdog::staleGapSeconds, false};
+    return CountdownConfig{watchdog::countdownLength, watchdog::graceLength, watchdog::staleGap,
+                           false};
 }
 
 std::vector<CountdownEvent> Countdown::startCountdown(MonoTime now) {
@@ -80,9 +82,9 @@ void Countdown::appendStart(MonoTime now, std::vector<CountdownEvent>& events) {
 }
 
 std::vector<CountdownEvent> Countdown::step(MonoTime now, CountdownInput input) {
-    const double gap = last ? now - *last : 0.0;
+    const Seconds gap = last ? now - *last : Seconds::zero();
     last = now;
-    const bool stale = cfg.stale < gap && cfg.stale > 0;
+    const bool stale = cfg.stale < gap && cfg.stale > Seconds::zero();
     std::vector<CountdownEvent> events;
     if (cancelled && input.calm && state != CountdownState::countdown &&
         state != CountdownState::fired) {
@@ -169,13 +171,13 @@ std::int64_t Countdown::remaining(MonoTime now) const {
 
 std::int64_t Countdown::remainingMs(MonoTime now) const {
     if (state != CountdownState::countdown) return 0;
-    const auto ms = std::llround((deadline - now) * 1000.0);
+    const auto ms = std::llround(std::chrono::duration<double, std::milli>(deadline - now).count());
     return std::max<std::int64_t>(ms, 0);
 }
 
-double Countdown::graceLeft(MonoTime now) const {
-    if (state != CountdownState::grace) return 0;
-    return now < graceUntil ? graceUntil - now : 0;
+Seconds Countdown::graceLeft(MonoTime now) const {
+    if (state != CountdownState::grace) return Seconds::zero();
+    return now < graceUntil ? graceUntil - now : Seconds::zero();
 }
 
 }  // namespace velmora

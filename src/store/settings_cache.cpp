@@ -37,8 +37,8 @@ FileIdentity identityOf(const struct stat& info) {
 #endif
 }
 
-std::string secondsText(double seconds) {
-    const auto tenths = std::lround(seconds * 10);
+std::string secondsText(Seconds span) {
+    const auto tenths = std::lround(span.count() * 10);
     return std::to_string(tenths / 10) +
            (tenths % 10 != 0 ? "." + std::to_string(tenths % 10) : "");
 }
@@ -109,10 +109,9 @@ void SettingsCache::refresh() {
     worker_.submit([state = state_, store = store_] { state->readOnce(store, true); }).wait();
 }
 
-bool SettingsCache::startWatching(double firstReadWait) {
+bool SettingsCache::startWatching(Seconds firstReadWait) {
     auto first = worker_.submit([state = state_, store = store_] { state->readOnce(store, true); });
-    const bool inTime =
-        first.wait_for(std::chrono::duration<double>(firstReadWait)) == std::future_status::ready;
+    const bool inTime = first.wait_for(firstReadWait) == std::future_status::ready;
     watch_ = std::make_unique<FileChangeWatch>(store_.url(),
                                                [this](bool notified) { requestRead(notified); });
     return inTime;
@@ -137,7 +136,7 @@ std::uint64_t SettingsCache::version() const {
     return state_->snapshot.version;
 }
 
-WriteError SettingsCache::keep(const Settings& answer, double wait) {
+WriteError SettingsCache::keep(const Settings& answer, Seconds wait) {
     {
         const std::lock_guard lock(state_->mutex);
         state_->unsaved = answer;
@@ -160,7 +159,7 @@ WriteError SettingsCache::keep(const Settings& answer, double wait) {
         }
         return std::nullopt;
     });
-    if (saved.wait_for(std::chrono::duration<double>(wait)) != std::future_status::ready) {
+    if (saved.wait_for(wait) != std::future_status::ready) {
         return StoreError{0, "saving " + store_.url().string() + " did not finish within " +
                                  secondsText(wait) + " s; it goes on in the background"};
     }

@@ -34,9 +34,9 @@ struct Harness {
     DryRunShutdowner make(DryRunOptions options, const PlatformTexts& texts = macosTexts) {
         return DryRunShutdowner(
             log.sink(), options, queue.post(),
-            [this](double timeout) {
+            [this](Seconds timeout) {
                 ++realProbes;
-                lastTimeout = timeout;
+                lastTimeout = timeout.count();
                 return AutomationOutcome::failed("osascript exit 1");
             },
             texts);
@@ -97,7 +97,7 @@ TEST(DryRunShutdowner, DeniedAndRealProbeNeverStartsAChild) {
         testing::standInWith(dir.path(), "touch_marker.sh", "VELMORA_TEST_MARK", mark.string()));
     DryRunShutdowner shutdowner(
         log.sink(), {.denied = true, .realProbe = true}, queue.post(),
-        [runner](double timeout) { return runner.run(macosTexts.probeScript, timeout); },
+        [runner](Seconds timeout) { return runner.run(macosTexts.probeScript, timeout); },
         macosTexts);
     std::optional<AutomationOutcome> outcome;
     shutdowner.probe([&](AutomationOutcome result) { outcome = std::move(result); });
@@ -129,7 +129,7 @@ TEST(DryRunShutdowner, RealProbeThroughTheScriptingToolStandIn) {
     const ScriptRunner runner(testing::standIn("exit0_with_stderr.sh"));
     DryRunShutdowner shutdowner(
         log.sink(), {.denied = false, .realProbe = true}, queue.post(),
-        [runner](double timeout) { return runner.run(macosTexts.probeScript, timeout); },
+        [runner](Seconds timeout) { return runner.run(macosTexts.probeScript, timeout); },
         macosTexts);
     std::optional<AutomationOutcome> outcome;
     shutdowner.probe([&](AutomationOutcome result) { outcome = std::move(result); });

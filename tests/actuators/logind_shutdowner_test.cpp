@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -22,8 +23,10 @@ using testing::FakeLogindScript;
 using Lines = std::vector<std::string>;
 using PowerOff = FakeLogindScript::PowerOff;
 
-constexpr LogindTimeouts quick{.shutdown = 0.3, .probe = 0.3};
-constexpr LogindTimeouts patient{.shutdown = 10, .probe = 10};  // only a broken bus gets near
+constexpr LogindTimeouts quick{.shutdown = std::chrono::milliseconds(300),
+                               .probe = std::chrono::milliseconds(300)};
+constexpr LogindTimeouts patient{.shutdown = std::chrono::seconds(10),
+                                 .probe = std::chrono::seconds(10)};  // only a broken bus gets near
 
 // sd-bus finds the system bus through this variable. It is only changed while no shutdowner
 // thread runs.
@@ -85,8 +88,8 @@ class LogindShutdownerTest : public ::testing::Test {
 testing::PrivateBus* LogindShutdownerTest::bus = nullptr;
 
 TEST(LogindTimeouts, MatchTheScriptingTools) {
-    EXPECT_EQ(LogindTimeouts{}.shutdown, 20);
-    EXPECT_EQ(LogindTimeouts{}.probe, 120);
+    EXPECT_EQ(LogindTimeouts{}.shutdown, std::chrono::seconds(20));
+    EXPECT_EQ(LogindTimeouts{}.probe, std::chrono::seconds(120));
 }
 
 TEST_F(LogindShutdownerTest, CanPowerOffYesIsGranted) {
@@ -186,7 +189,7 @@ TEST_F(LogindShutdownerTest, SlowShutdownNeverBlocksTheCaller) {
 TEST_F(LogindShutdownerTest, NoSystemBusFailsWithTheSystemsText) {
     // The call below is synchronous, so no other thread reads the address meanwhile.
     useSystemBus("unix:path=/nonexistent/velmora/bus");
-    const AutomationOutcome outcome = askCanPowerOff(1);
+    const AutomationOutcome outcome = askCanPowerOff(std::chrono::seconds(1));
     useSystemBus(bus->address());
     EXPECT_EQ(outcome.kind, AutomationOutcome::Kind::failed);
     EXPECT_NE(outcome.text.find("No such file or directory"), std::string::npos) << outcome.text;

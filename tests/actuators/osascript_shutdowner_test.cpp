@@ -44,8 +44,8 @@ std::optional<ShutdownError> shutdownWith(Harness& harness, const std::string& s
 }
 
 TEST(OsascriptShutdowner, TimeOutsAreTwentySecondsForShutdownAndTwoMinutesForTheProbe) {
-    EXPECT_EQ(OsascriptShutdowner::shutdownTimeout, 20);
-    EXPECT_EQ(OsascriptShutdowner::probeTimeout, 120);
+    EXPECT_EQ(OsascriptShutdowner::shutdownTimeout, std::chrono::seconds(20));
+    EXPECT_EQ(OsascriptShutdowner::probeTimeout, std::chrono::seconds(120));
 }
 
 TEST(OsascriptShutdowner, SuccessLogsOkAndCompletesWithoutError) {

@@ -20,10 +20,10 @@ namespace {
 using testing::standIn;
 
 const std::string deniedText(DryRunShutdowner::deniedText);
-constexpr double generous = 10;  // seconds; only a broken runner gets near it
-constexpr double shortTimeOut = 0.3;
+constexpr std::chrono::seconds generous{10};  // only a broken runner gets near it
+constexpr std::chrono::milliseconds shortTimeOut{300};
 
-AutomationOutcome runStandIn(const std::string& name, double timeout = generous) {
+AutomationOutcome runStandIn(const std::string& name, Seconds timeout = generous) {
     return ScriptRunner(standIn(name))
         .run("tell application \"System Events\" to get name", timeout);
 }

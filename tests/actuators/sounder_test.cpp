@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,8 @@ TEST(MuteSounder, OneCountdownSecondGivesExactlyOneTickLine) {
     std::size_t linesBefore = 0;
     for (int quarter = 1; quarter <= 20; ++quarter) {
         if (quarter == 17) linesBefore = log.lines().size();
-        for (const CountdownEvent& event :
-             countdown.step(start + quarter * 0.25, {true, false, true})) {
+        for (const CountdownEvent& event : countdown.step(
+                 start + quarter * std::chrono::milliseconds(250), {true, false, true})) {
             if (event.kind == CountdownEventKind::cue) sounder.tick();
         }
     }

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "app/app_harness.hpp"
 #include "app/core/bridge_scripts.hpp"
 #include "store/settings_store.hpp"
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 using nlohmann::json;
 
@@ -172,7 +176,7 @@ TEST(PageBridge, StageScriptFollowsEveryPageLoad) {
     h.shell.clearRecords();
     h.send("size", json("expand"));
     EXPECT_TRUE(h.shell.scripts(WebView::main).empty());
-    h.loop.advance(0.15);
+    h.loop.advance(150ms);
     const auto scripts = h.shell.scripts(WebView::main);
     ASSERT_FALSE(scripts.empty());
     EXPECT_EQ(scripts.front(), stageScript("none", "none"));
@@ -279,7 +283,7 @@ TEST(PageBridge, StageEnteredExtremeChimesOnlyWhenNotAnnouncedYet) {
     EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
     // The window announces the stage itself (with a chime of its own) when the heat reaches it.
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     ASSERT_EQ(h.app->presentation().lastAnnounced, AlertStage::extreme);
     const int chimes = h.countLines("sound: soft chime (muted)");
     h.send("heat", h.withToken("stageEnteredExtreme"));
@@ -289,7 +293,7 @@ TEST(PageBridge, StageEnteredExtremeChimesOnlyWhenNotAnnouncedYet) {
 TEST(PageBridge, RenderCarriesTheViewAndTheMode) {
     AppHarness h;
     h.launch();
-    h.loop.advance(0.25);
+    h.loop.advance(250ms);
     const auto renders = h.renders();
     ASSERT_FALSE(renders.empty());
     EXPECT_TRUE(renders.back().ends_with(", 'consent')"));
@@ -304,7 +308,7 @@ TEST(PageBridge, LiveDataGoesOnlyToTheIndexPage) {
     EXPECT_EQ(h.shell.scripts(WebView::main).back(), liveCall(h.app->presentation().liveJSON));
     h.send("size", json("expand"));
     h.shell.clearRecords();
-    h.loop.advance(1);
+    h.loop.advance(1s);
     for (const auto& script : h.shell.scripts(WebView::main)) {
         EXPECT_FALSE(script.starts_with("window.heatLive")) << script;
     }
@@ -314,9 +318,9 @@ TEST(PageBridge, ACountdownIsRenderedOncePerWholeSecond) {
     AppHarness h;
     h.recordConsent();
     h.launch({"--force-thermal", "critical", "--mute"});
-    h.loop.advance(0.25);
+    h.loop.advance(250ms);
     const auto before = h.renders();
-    h.loop.advance(2.0);  // eight ticks, two whole seconds
+    h.loop.advance(2s);  // eight ticks, two whole seconds
     const auto after = h.renders();
     EXPECT_EQ(after.size() - before.size(), 2U);
     EXPECT_NE(after.back().find("\"remaining\":8"), std::string::npos);
@@ -325,16 +329,16 @@ TEST(PageBridge, ACountdownIsRenderedOncePerWholeSecond) {
 TEST(PageBridge, AnUnchangedScreenIsNotRenderedAgain) {
     AppHarness h;
     h.launch();  // the consent page: nothing on it changes by itself
-    h.loop.advance(0.25);
+    h.loop.advance(250ms);
     const auto before = h.renders().size();
-    h.loop.advance(5.0);
+    h.loop.advance(5s);
     EXPECT_EQ(h.renders().size(), before);
 }
 
 TEST(PageBridge, AFinishedStagePageIsRenderedAtOnce) {
     AppHarness h;
     h.launch();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     const auto before = h.renders();
     h.app->pageFinished(WebView::main);
     const auto after = h.renders();

@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "app/app_harness.hpp"
 #include "app/core/bridge_scripts.hpp"
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 using nlohmann::json;
 
@@ -79,7 +83,7 @@ TEST(MenuBar, HeatItemRoundsTheTemperatureAndColoursTheLevel) {
     EXPECT_EQ(h.shell.heatTitle->first, "WARM · 72°");
     EXPECT_EQ(h.shell.heatTitle->second, HeatColor::yellow);
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1);
+    h.loop.advance(1s);
     EXPECT_EQ(h.shell.heatTitle->first, "EXTREME HEAT · 72°");
     EXPECT_EQ(h.shell.heatTitle->second, HeatColor::red);
 }
@@ -89,10 +93,10 @@ TEST(MenuBar, FirstSampleIsLoggedTheSecondToTenthAreNotTheEleventhIs) {
     auto& app = h.launch();
     EXPECT_EQ(app.presentation().liveCount, 1);
     EXPECT_EQ(h.countLines("live: thermal="), 1);
-    h.loop.advance(9.0);
+    h.loop.advance(9s);
     EXPECT_EQ(app.presentation().liveCount, 10);
     EXPECT_EQ(h.countLines("live: thermal="), 1);
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveCount, 11);
     EXPECT_EQ(h.countLines("live: thermal="), 2);
 }
@@ -129,10 +133,10 @@ TEST(MenuBar, AClosedPopoverReceivesNothingAnOpenOneEverySample) {
     AppHarness h;
     h.launch();
     h.shell.clearRecords();
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_TRUE(h.shell.scripts(WebView::menu).empty());
     h.shell.popoverOpen = true;
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_EQ(h.shell.scripts(WebView::menu).size(), 2U);
 }
 

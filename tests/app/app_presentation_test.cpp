@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "app/app_harness.hpp"
 #include "policy/constants.hpp"
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 using nlohmann::json;
 
@@ -21,7 +25,7 @@ TEST(StagePresentation, SimulatedCountdownIsCountAndLeavesTheLiveStageAtNone) {
     auto& app = h.launch({"--mute"});
     h.send("stagec", h.withToken("test"));
     EXPECT_EQ(app.presentation().mode, UIMode::lead);
-    h.loop.advance(4.5);
+    h.loop.advance(4500ms);
     EXPECT_EQ(app.presentation().mode, UIMode::count);
     EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     EXPECT_TRUE(h.logged("ui: mode lead -> count"));
@@ -36,7 +40,7 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     auto& app = h.launch();
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);  // the next sample sees it, the next tick acts on it
+    h.loop.advance(1s);  // the next sample sees it, the next tick acts on it
     EXPECT_EQ(app.presentation().liveStage, AlertStage::extreme);
     EXPECT_TRUE(app.presentation().isExpanded);
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});
@@ -46,7 +50,7 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     EXPECT_EQ(h.shell.sounds, std::vector<std::string>{"Tink"});
     EXPECT_EQ(h.shell.announcements.size(), 1U);
 
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_EQ(h.shell.sounds.size(), 1U);
     EXPECT_EQ(h.shell.announcements.size(), 1U);
     EXPECT_EQ(h.shell.frameChanges.size(), 1U);
@@ -57,7 +61,7 @@ TEST(StagePresentation, MutedChimeIsLogged) {
     h.recordConsent();
     h.launch({"--mute"});
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_TRUE(h.shell.sounds.empty());
     EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
 }
@@ -68,7 +72,7 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     auto& app = h.launch();
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::critical;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_EQ(app.presentation().liveStage, AlertStage::emergency);
     ASSERT_FALSE(h.shell.frameChanges.empty());
@@ -78,7 +82,7 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     // The engine's own alarm still sounds through the sounder.
     EXPECT_EQ(h.systemSounder->cues, std::vector<std::string>{"alarm"});
     // Nor does the window repeat one of its own while the engine's alarm repeats.
-    h.loop.advance(watchdog::emergencyAlarmIntervalSeconds);
+    h.loop.advance(watchdog::emergencyAlarmInterval);
     EXPECT_TRUE(h.shell.sounds.empty());
 }
 
@@ -87,7 +91,7 @@ TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge)
     h.recordConsent();
     auto& app = h.launch();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     h.shell.clearRecords();
     h.send("size", json("collapse"));
     h.send("heat", h.withToken("dismiss"));
@@ -101,7 +105,7 @@ TEST(StagePresentation, RealCountdownShowsTheItemAndTitleThenLeavingRestoresThem
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     EXPECT_EQ(app.presentation().mode, UIMode::count);
-    h.loop.advance(3.0);
+    h.loop.advance(3s);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "EMERGENCY 7s");
     EXPECT_EQ(h.shell.countdownItem->second, (Rgb{0.97, 0.44, 0.44}));
@@ -119,7 +123,7 @@ TEST(StagePresentation, LeavingTheCountdownRestoresTheTestModeTitleUnderADryRun)
     AppHarness h;
     h.recordConsent();
     h.launch({"--force-thermal", "critical", "--mute", "--dry-run-shutdown"});
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(h.shell.title, "EMERGENCY · 9s");
     h.send("stagec", h.withToken("cancel"));
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
@@ -129,7 +133,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
-    h.loop.advance(10.25);
+    h.loop.advance(10250ms);
     EXPECT_EQ(app.engine()->snapshot().real.state, CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
@@ -142,7 +146,7 @@ TEST(StagePresentation, TitleIsSetOnlyWhenItChanges) {
     h.recordConsent();
     h.launch();
     h.shell.clearRecords();
-    h.loop.advance(2.0);
+    h.loop.advance(2s);
     EXPECT_EQ(h.shell.titleChanges, 0);
 }
 
@@ -170,10 +174,10 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     h.recordConsent();
     auto& app = h.launch();
     h.readings->thermal = ThermalState::serious;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     h.shell.clearRecords();
     h.readings->thermal = ThermalState::nominal;
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     // Still expanded: the stage made it large and nothing collapsed it.
     EXPECT_EQ(h.shell.pagesLoaded(WebView::main), std::vector<std::string>{"expanded"});

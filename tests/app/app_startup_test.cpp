@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <mutex>
 
@@ -8,6 +9,8 @@
 
 namespace velmora::testing {
 namespace {
+
+using namespace std::chrono_literals;
 
 bool startsWith(const std::vector<std::string>& lines, std::size_t index, const std::string& text) {
     return index < lines.size() && lines[index].starts_with(text);
@@ -93,7 +96,7 @@ TEST(AppStartup, MuteWritesEveryTickCueToTheLog) {
     AppHarness h;
     h.recordConsent();
     h.launch({"--mute", "--dry-run-shutdown", "--force-thermal", "critical"});
-    h.loop.advance(11);
+    h.loop.advance(11s);
     EXPECT_EQ(h.countLines("sound: tick (muted)"), 4);
     EXPECT_TRUE(h.systemSounder->cues.empty());
 }
@@ -177,7 +180,7 @@ TEST(AppStartup, ACalmWatchdogSamplesOnceASecondAndTicksWithEachSample) {
     EXPECT_EQ(app.presentation().liveCount, 1);
     const auto samplesAtStart = h.readings->samples;
     const auto statusesAtStart = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveCount, 2);
     EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
     // The sample and the one tick that follows it each report the status.
@@ -189,7 +192,7 @@ TEST(AppStartup, ACountdownTicksFourTimesASecond) {
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     const auto statusesAtStart = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveCount, 2);
     // Four ticks and one sample.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 5);
@@ -200,13 +203,13 @@ TEST(AppStartup, TheQuickTicksStopWhenTheEmergencyIsOver) {
     h.recordConsent();
     auto& app = h.launch({"--mute"});
     h.readings->thermal = ThermalState::critical;
-    h.loop.advance(3.0);
+    h.loop.advance(3s);
     ASSERT_EQ(app.presentation().mode, UIMode::count);
     h.readings->thermal = ThermalState::nominal;
-    h.loop.advance(3.0);  // the countdown is called off and the window goes home
+    h.loop.advance(3s);  // the countdown is called off and the window goes home
     ASSERT_EQ(app.presentation().mode, UIMode::home);
     const auto statusesBefore = h.shell.statuses.size();
-    h.loop.advance(1.0);
+    h.loop.advance(1s);
     EXPECT_EQ(h.shell.statuses.size(), statusesBefore + 2);
 }
 
@@ -231,7 +234,7 @@ TEST(AppStartup, NothingRunsOnceTheControllerIsGone) {
     h.app.reset();
     const auto samples = h.readings->samples;
     const auto evaluations = h.shell.evaluations.size();
-    h.loop.advance(30);
+    h.loop.advance(30s);
     EXPECT_EQ(h.readings->samples, samples);
     EXPECT_EQ(h.shell.evaluations.size(), evaluations);
     EXPECT_EQ(h.loop.pending(), 0U);
@@ -305,7 +308,7 @@ TEST(AppStartup, UnusableDataDirectoryStillStartsAndAnUnsavedAnswerHoldsForTheRu
                                 }),
                   1);
     }
-    h.loop.advance(1);
+    h.loop.advance(1s);
     EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_TRUE(app.engine()->settingsInForce().enabled());
 }

@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 TEST(GlibMainLoop, PostsRunInOrderOnTheLoop) {
     GlibMainLoop loop;
@@ -39,13 +42,13 @@ TEST(GlibMainLoop, RepeatingTimerRunsUntilStoppedAndOneShotsOnce) {
     int repeats = 0;
     int once = 0;
     TimerId repeating = 0;
-    repeating = loop.startRepeating(0.001, [&] {
+    repeating = loop.startRepeating(1ms, [&] {
         if (++repeats == 3) {
             loop.stop(repeating);
-            loop.postAfter(0.002, [&] { loop.quit(); });
+            loop.postAfter(2ms, [&] { loop.quit(); });
         }
     });
-    loop.postAfter(0.0, [&] { ++once; });
+    loop.postAfter(0s, [&] { ++once; });
     loop.run();
     EXPECT_EQ(repeats, 3);
     EXPECT_EQ(once, 1);
@@ -54,10 +57,10 @@ TEST(GlibMainLoop, RepeatingTimerRunsUntilStoppedAndOneShotsOnce) {
 TEST(GlibMainLoop, StoppedDelayedPostNeverRuns) {
     GlibMainLoop loop;
     bool ran = false;
-    const auto id = loop.postAfter(0.001, [&] { ran = true; });
+    const auto id = loop.postAfter(1ms, [&] { ran = true; });
     loop.stop(id);
     loop.stop(id);  // unknown by now: ignored
-    loop.postAfter(0.003, [&] { loop.quit(); });
+    loop.postAfter(3ms, [&] { loop.quit(); });
     loop.run();
     EXPECT_FALSE(ran);
 }

@@ -15,21 +15,21 @@ namespace velmora::testing {
 class ManualLoop final : public MainLoop {
   public:
     /// Monotonic and wall clock both start at `start` seconds; the wall clock can be stepped.
-    explicit ManualLoop(double start = 1'800'000'000.0) : now_(start) {}
+    explicit ManualLoop(double start = 1'800'000'000.0) : now_(MonoTime::fromSeconds(start)) {}
 
     void post(std::function<void()> work) override;
-    TimerId postAfter(double seconds, std::function<void()> work) override;
-    TimerId startRepeating(double seconds, std::function<void()> work) override;
+    TimerId postAfter(Seconds delay, std::function<void()> work) override;
+    TimerId startRepeating(Seconds interval, std::function<void()> work) override;
     void stop(TimerId id) override;
     MonoTime now() const override;
     Timestamp wallNow() const override;
     /// Sets the wall clock forward (or back, when negative) without moving the monotonic one.
-    void stepWallClock(double seconds);
+    void stepWallClock(Seconds step);
 
-    /// Runs everything due within the next `seconds`, then sets the clock to the end.
-    void advance(double seconds);
+    /// Runs everything due within the next `span`, then sets the clock to the end.
+    void advance(Seconds span);
     /// Runs what is due now (posts included) without moving the clock.
-    void runDue() { advance(0); }
+    void runDue() { advance(Seconds::zero()); }
     /// How many posts and timers are waiting.
     std::size_t pending() const;
     bool isScheduled(TimerId id) const;
@@ -37,18 +37,18 @@ class ManualLoop final : public MainLoop {
   private:
     struct Entry {
         TimerId id;
-        double interval;  // 0 for a one-shot
+        Seconds interval;  // zero for a one-shot
         std::function<void()> work;
     };
     /// Ordered by due time, then by scheduling order.
-    using Key = std::tuple<double, std::uint64_t>;
+    using Key = std::tuple<MonoTime, std::uint64_t>;
 
-    TimerId schedule(double delay, double interval, std::function<void()> work);
-    bool popDue(double until, Entry& entry);
+    TimerId schedule(Seconds delay, Seconds interval, std::function<void()> work);
+    bool popDue(MonoTime until, Entry& entry);
 
     mutable std::mutex mutex_;
-    double now_;
-    double wallOffset_ = 0;
+    MonoTime now_;
+    Seconds wallOffset_{};
     std::uint64_t sequence_ = 0;
     std::map<Key, Entry> queue_;
 };

@@ -2,24 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
 namespace velmora::testing {
 namespace {
 
+using namespace std::chrono_literals;
+
 TEST(ManualLoop, RunsDueWorkInTimeOrderAtItsOwnInstant) {
     ManualLoop loop(100);
     std::vector<std::string> ran;
-    loop.postAfter(0.5, [&] { ran.push_back("half@" + std::to_string(loop.now().seconds())); });
+    loop.postAfter(500ms, [&] { ran.push_back("half@" + std::to_string(loop.now().seconds())); });
     loop.post([&] { ran.push_back("post"); });
-    const auto timer = loop.startRepeating(0.25, [&] { ran.push_back("tick"); });
-    loop.advance(0.6);
+    const auto timer = loop.startRepeating(250ms, [&] { ran.push_back("tick"); });
+    loop.advance(600ms);
     // At the same instant, what was scheduled first runs first.
     EXPECT_EQ(ran, (std::vector<std::string>{"post", "tick", "half@100.500000", "tick"}));
     EXPECT_DOUBLE_EQ(loop.now().seconds(), 100.6);
     loop.stop(timer);
-    loop.advance(10);
+    loop.advance(10s);
     EXPECT_EQ(ran.size(), 4U);
     EXPECT_EQ(loop.pending(), 0U);
 }
@@ -27,10 +30,10 @@ TEST(ManualLoop, RunsDueWorkInTimeOrderAtItsOwnInstant) {
 TEST(ManualLoop, NothingRunsBeforeTheClockMoves) {
     ManualLoop loop;
     bool ran = false;
-    loop.postAfter(1, [&] { ran = true; });
+    loop.postAfter(1s, [&] { ran = true; });
     loop.runDue();
     EXPECT_FALSE(ran);
-    loop.advance(1);
+    loop.advance(1s);
     EXPECT_TRUE(ran);
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -46,7 +47,7 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
     EXPECT_EQ(engine->snapshot().errorMessage, "Could not shut down: " + kDeniedText);
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
-    EXPECT_EQ(engine->snapshot().real.graceLeft(at(10)), 300);
+    EXPECT_EQ(engine->snapshot().real.graceLeft(at(10)).count(), 300);
     EXPECT_FALSE(engine->snapshot().firedAt.has_value());
     EXPECT_FALSE(markerExists());
     const auto view = engine->view(at(10));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <string>
 
@@ -8,6 +9,8 @@
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::FixtureTree;
 
@@ -18,11 +21,11 @@ TEST(FirstReadings, ASampleRightAfterPrimingHasNoCpuFiguresRatherThanNoise) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.advance();
-    const LiveInputs tooSoon = backend.sample(kStart + 0.05);
+    const LiveInputs tooSoon = backend.sample(kStart + 50ms);
     EXPECT_FALSE(tooSoon.cpuBusy);
     EXPECT_FALSE(tooSoon.coreLoads);
     // The priming counters stay the baseline, so the next sample spans the whole interval.
-    const LiveInputs later = backend.sample(kStart + 1);
+    const LiveInputs later = backend.sample(kStart + 1s);
     ASSERT_TRUE(later.cpuBusy);
     EXPECT_DOUBLE_EQ(*later.cpuBusy, 200.0 / 800.0 * 100.0);
     ASSERT_TRUE(later.coreLoads);
@@ -34,7 +37,7 @@ TEST(FirstReadings, AtTheMinimumSpanTheFiguresAreTaken) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.advance();
-    EXPECT_TRUE(backend.sample(kStart + LinuxBackend::minimumCpuSpanSeconds).cpuBusy);
+    EXPECT_TRUE(backend.sample(kStart + LinuxBackend::minimumCpuSpan).cpuBusy);
 }
 
 TEST(FirstReadings, ACoreWhoseFigureCannotBeHadMakesThePerCoreFiguresAbsentNotZero) {
@@ -49,7 +52,7 @@ TEST(FirstReadings, ACoreWhoseFigureCannotBeHadMakesThePerCoreFiguresAbsentNotZe
         stat += (line.starts_with("cpu1 ") ? std::string("cpu1 1 1 1 1 1 1 1 0 0 0") : line) + "\n";
     }
     tree.write("proc/stat", stat);
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     EXPECT_TRUE(in.cpuBusy);
     EXPECT_FALSE(in.coreLoads);
 }

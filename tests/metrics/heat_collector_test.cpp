@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "metrics/fakes/scripted_backend.hpp"
 #include "metrics/live_names.hpp"
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::ScriptedBackend;
 using testing::ScriptedState;
@@ -19,7 +23,7 @@ struct CollectorRig {
 
     LiveInputs next(LiveInputs in, double at = 1) {
         state->samples.push_back(std::move(in));
-        return collector.sample(kStart + at);
+        return collector.sample(kStart + Seconds(at));
     }
 };
 
@@ -33,7 +37,7 @@ TEST(HeatCollector, PrimesTheBackendOnceAtConstruction) {
     CollectorRig rig;
     EXPECT_EQ(rig.state->primes, 1);
     EXPECT_EQ(rig.state->samplesTaken, 0);
-    EXPECT_EQ(HeatCollector::interval, 1.0);
+    EXPECT_EQ(HeatCollector::interval, 1s);
 }
 
 TEST(HeatCollector, After61SamplesHistoryHoldsTheLast60) {
@@ -118,7 +122,7 @@ TEST(HeatCollector, LastAndLastAtFollowTheLatestSample) {
     EXPECT_FALSE(rig.collector.lastAt());
     const LiveInputs in = rig.next(withCpu(33), 5);
     EXPECT_EQ(rig.collector.last(), in);
-    EXPECT_EQ(rig.collector.lastAt(), kStart + 5);
+    EXPECT_EQ(rig.collector.lastAt(), kStart + 5s);
 }
 
 TEST(HeatCollector, CurrentThermalIsFreshFor10Seconds) {
@@ -127,8 +131,8 @@ TEST(HeatCollector, CurrentThermalIsFreshFor10Seconds) {
     LiveInputs fair;
     fair.thermal = ThermalState::fair;
     rig.next(fair, 0);
-    EXPECT_EQ(rig.collector.currentThermal(kStart + 9.9), ThermalState::fair);
-    EXPECT_EQ(rig.collector.currentThermal(kStart + 10.0), std::nullopt);
+    EXPECT_EQ(rig.collector.currentThermal(kStart + 9900ms), ThermalState::fair);
+    EXPECT_EQ(rig.collector.currentThermal(kStart + 10s), std::nullopt);
 }
 
 TEST(HeatCollector, SummaryComesFromTheBackend) {

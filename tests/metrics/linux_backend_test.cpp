@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 
 #include "metrics/backend_factory.hpp"
@@ -12,6 +13,8 @@
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::FixtureTree;
 
@@ -28,9 +31,9 @@ TEST(LinuxBackend, DiscoversOnceAndRereadsTheOpenFiles) {
     FixtureTree tree("intel_laptop");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    EXPECT_EQ(backend.sample(kStart + 1).cpuTemp->celsius, 62.0);
+    EXPECT_EQ(backend.sample(kStart + 1s).cpuTemp->celsius, 62.0);
     tree.write("sys/class/hwmon/hwmon3/temp1_input", "71500\n");
-    EXPECT_EQ(backend.sample(kStart + 2).cpuTemp->celsius, 71.5);
+    EXPECT_EQ(backend.sample(kStart + 2s).cpuTemp->celsius, 71.5);
     EXPECT_EQ(backend.discoveries(), 1);
 }
 
@@ -38,18 +41,18 @@ TEST(LinuxBackend, SensorUnpluggedMidRunIsDroppedWithoutStoppingTheSample) {
     FixtureTree tree("intel_laptop");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    ASSERT_TRUE(hasSensor(backend.sample(kStart + 1), "nvme Composite"));
+    ASSERT_TRUE(hasSensor(backend.sample(kStart + 1s), "nvme Composite"));
     tree.unplug("sys/class/hwmon/hwmon1");
-    const LiveInputs during = backend.sample(kStart + 2);
+    const LiveInputs during = backend.sample(kStart + 2s);
     EXPECT_FALSE(hasSensor(during, "nvme Composite"));
     EXPECT_EQ(during.cpuTemp->celsius, 62.0);  // everything else still read
     EXPECT_EQ(during.battery->percent, 87);
-    const LiveInputs after = backend.sample(kStart + 3);
+    const LiveInputs after = backend.sample(kStart + 3s);
     EXPECT_EQ(backend.discoveries(), 2);
     EXPECT_FALSE(hasSensor(after, "nvme Composite"));
     EXPECT_EQ(after.sensors.size(), during.sensors.size());
     EXPECT_EQ(backend.sensorSummary().find("nvme"), std::string::npos);
-    backend.sample(kStart + 4);
+    backend.sample(kStart + 4s);
     EXPECT_EQ(backend.discoveries(), 2);  // no rediscovery while nothing fails
 }
 
@@ -59,9 +62,9 @@ TEST(LinuxBackend, SensorThatAppearsLaterIsFoundByThePeriodicRediscovery) {
     backend.prime(kStart);
     tree.write("sys/class/hwmon/hwmon0/name", "drivetemp\n");
     tree.write("sys/class/hwmon/hwmon0/temp1_input", "33000\n");
-    EXPECT_TRUE(backend.sample(kStart + 30).sensors.empty());
-    EXPECT_TRUE(backend.sample(kStart + 59.9).sensors.empty());
-    const LiveInputs later = backend.sample(kStart + 60);
+    EXPECT_TRUE(backend.sample(kStart + 30s).sensors.empty());
+    EXPECT_TRUE(backend.sample(kStart + 59900ms).sensors.empty());
+    const LiveInputs later = backend.sample(kStart + 60s);
     EXPECT_EQ(later.sensors,
               (std::vector<NamedTemp>{{"drivetemp temp1", 33.0, "hwmon drivetemp temp1"}}));
     EXPECT_EQ(backend.discoveries(), 2);
@@ -74,9 +77,9 @@ TEST(LinuxBackend, SensorThatAppearsLaterIsFoundByAFailureTriggeredRediscovery) 
     tree.write("sys/class/hwmon/hwmon2/name", "nvme\n");
     tree.write("sys/class/hwmon/hwmon2/temp1_input", "40000\n");
     tree.write("proc/loadavg", "");  // a read that fails
-    EXPECT_FALSE(backend.sample(kStart + 1).load);
+    EXPECT_FALSE(backend.sample(kStart + 1s).load);
     tree.write("proc/loadavg", "0.10 0.10 0.10 1/1 1\n");
-    const LiveInputs after = backend.sample(kStart + 2);
+    const LiveInputs after = backend.sample(kStart + 2s);
     EXPECT_TRUE(hasSensor(after, "nvme temp1"));
     EXPECT_EQ(after.load, 0.10);
 }
@@ -86,15 +89,16 @@ TEST(LinuxBackend, CriticalNeedsTwoSamplesAndAVanishedZoneStopsCountingAfterItsH
     FixtureTree tree("intel_laptop");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     tree.write("sys/class/thermal/thermal_zone0/temp", "124000\n");  // critical trip 128 °C
-    EXPECT_EQ(collector.sample(kStart + 1).thermal, ThermalState::serious);
-    EXPECT_EQ(collector.sample(kStart + 2).thermal, ThermalState::critical);
+    EXPECT_EQ(collector.sample(kStart + 1s).thermal, ThermalState::serious);
+    EXPECT_EQ(collector.sample(kStart + 2s).thermal, ThermalState::critical);
     tree.unplug("sys/class/thermal/thermal_zone0");
     for (int held = 1; held <= ThermalDeriver::holdSamples; ++held) {
-        EXPECT_EQ(collector.sample(kStart + 2 + held).thermal, ThermalState::critical)
+        EXPECT_EQ(collector.sample(kStart + std::chrono::seconds(2 + held)).thermal,
+                  ThermalState::critical)
             << "held sample " << held;
     }
-    EXPECT_EQ(collector.sample(kStart + 6).thermal, ThermalState::nominal);
-    EXPECT_EQ(collector.sample(kStart + 7).thermal, ThermalState::nominal);
+    EXPECT_EQ(collector.sample(kStart + 6s).thermal, ThermalState::nominal);
+    EXPECT_EQ(collector.sample(kStart + 7s).thermal, ThermalState::nominal);
     EXPECT_EQ(collector.last()->peakLevel, Level::blowout);
 }
 
@@ -102,11 +106,11 @@ TEST(LinuxBackend, RisingThrottleCounterIsSerious) {
     FixtureTree tree("intel_laptop");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    EXPECT_EQ(backend.sample(kStart + 1).thermal, ThermalState::nominal);
+    EXPECT_EQ(backend.sample(kStart + 1s).thermal, ThermalState::nominal);
     tree.write("sys/devices/system/cpu/cpu3/thermal_throttle/core_throttle_count", "1\n");
-    EXPECT_EQ(backend.sample(kStart + 2).thermal, ThermalState::serious);
+    EXPECT_EQ(backend.sample(kStart + 2s).thermal, ThermalState::serious);
     EXPECT_EQ(backend.thermal().drivingSource(), "thermal_throttle");
-    EXPECT_EQ(backend.sample(kStart + 3).thermal, ThermalState::nominal);
+    EXPECT_EQ(backend.sample(kStart + 3s).thermal, ThermalState::nominal);
 }
 
 TEST(LinuxBackend, HwmonLimitRaisesTheStateAndHysteresisHoldsIt) {
@@ -115,11 +119,11 @@ TEST(LinuxBackend, HwmonLimitRaisesTheStateAndHysteresisHoldsIt) {
     backend.prime(kStart);
     const std::string package = "sys/class/hwmon/hwmon3/temp1_input";  // max and crit 100 °C
     tree.write(package, "100000\n");
-    EXPECT_EQ(backend.sample(kStart + 1).thermal, ThermalState::serious);
+    EXPECT_EQ(backend.sample(kStart + 1s).thermal, ThermalState::serious);
     tree.write(package, "97500\n");
-    EXPECT_EQ(backend.sample(kStart + 2).thermal, ThermalState::serious);
+    EXPECT_EQ(backend.sample(kStart + 2s).thermal, ThermalState::serious);
     tree.write(package, "97000\n");
-    EXPECT_EQ(backend.sample(kStart + 3).thermal, ThermalState::fair);
+    EXPECT_EQ(backend.sample(kStart + 3s).thermal, ThermalState::fair);
     EXPECT_EQ(backend.thermal().drivingSource(), tree.path(package));
 }
 
@@ -128,10 +132,10 @@ TEST(LinuxBackend, ImplausibleReadingIsLeftOutWithoutRediscovery) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.write("sys/class/hwmon/hwmon0/temp1_input", "-40000\n");
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     EXPECT_TRUE(in.sensors.empty());
     EXPECT_FALSE(in.cpuTemp);
-    backend.sample(kStart + 2);
+    backend.sample(kStart + 2s);
     EXPECT_EQ(backend.discoveries(), 1);
 }
 
@@ -140,10 +144,10 @@ TEST(LinuxBackend, PerCoreLoadsAreAbsentForTheSampleAfterACpuGoesOffline) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.write("proc/stat", "cpu  100 0 0 100 0 0 0 0 0 0\ncpu0 100 0 0 100 0 0 0 0 0 0\n");
-    const LiveInputs offline = backend.sample(kStart + 1);
+    const LiveInputs offline = backend.sample(kStart + 1s);
     EXPECT_FALSE(offline.coreLoads);
     tree.write("proc/stat", "cpu  150 0 0 150 0 0 0 0 0 0\ncpu0 150 0 0 150 0 0 0 0 0 0\n");
-    EXPECT_EQ(backend.sample(kStart + 2).coreLoads, (std::vector<double>{50.0}));
+    EXPECT_EQ(backend.sample(kStart + 2s).coreLoads, (std::vector<double>{50.0}));
 }
 
 TEST(LinuxBackend, WithoutRaplTheBatteryGivesThePower) {
@@ -151,7 +155,7 @@ TEST(LinuxBackend, WithoutRaplTheBatteryGivesThePower) {
     std::filesystem::remove_all(tree.path("sys/class/powercap"));
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     EXPECT_EQ(in.power, (PowerReading{1234.0 * 12345.0 / 1'000'000.0, "Battery discharge",
                                       "power_supply BAT0"}));
 }
@@ -164,7 +168,7 @@ TEST(LinuxBackend, ARaplDomainNameThatIsNotUtf8StillGivesTheDashboardItsJson) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.write("sys/class/powercap/intel-rapl:0/energy_uj", "81244567890\n");
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     ASSERT_TRUE(in.power);
     EXPECT_EQ(in.power->source,
               "RAPL pack\xEF\xBF\xBD"
@@ -187,7 +191,7 @@ TEST(LinuxBackend, ChargingBatteryOnAcFromPowerNowAndEnergy) {
     tree.write("sys/class/power_supply/ADP1/online", "1\n");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     EXPECT_EQ(in.battery, (BatteryInfo{75, true, true, 2000.0, 12000.0}));
     EXPECT_EQ(in.power, (PowerReading{24.0, "Battery charge", "power_supply BAT1"}));
 }
@@ -199,16 +203,16 @@ TEST(LinuxBackend, DeviceBatteriesAreNotTheSystemBattery) {
     tree.write("sys/class/power_supply/hid-mouse-battery/capacity", "40\n");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    EXPECT_FALSE(backend.sample(kStart + 1).battery);
+    EXPECT_FALSE(backend.sample(kStart + 1s).battery);
 }
 
 TEST(LinuxBackend, PlatformProfileLowPower) {
     FixtureTree tree("intel_laptop");
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    EXPECT_FALSE(backend.sample(kStart + 1).lowPower);
+    EXPECT_FALSE(backend.sample(kStart + 1s).lowPower);
     tree.write("sys/firmware/acpi/platform_profile", "low-power\n");
-    EXPECT_TRUE(backend.sample(kStart + 2).lowPower);
+    EXPECT_TRUE(backend.sample(kStart + 2s).lowPower);
 }
 
 TEST(LinuxBackend, OddLabelsBecomeValidUtf8) {
@@ -217,7 +221,7 @@ TEST(LinuxBackend, OddLabelsBecomeValidUtf8) {
     tree.write("sys/class/hwmon/hwmon0/temp1_input", "40000\n");
     tree.write("sys/class/hwmon/hwmon0/temp1_label", "T\xFF\n");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
-    const LiveInputs in = collector.sample(kStart + 1);
+    const LiveInputs in = collector.sample(kStart + 1s);
     EXPECT_EQ(in.sensors.at(0).name, "weird T\xEF\xBF\xBD");
 }
 
@@ -225,7 +229,7 @@ TEST(LinuxBackend, EmptyRootDirectoryYieldsAnEmptySnapshot) {
     FixtureTree tree("");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     LiveInputs expected;
-    EXPECT_EQ(collector.sample(kStart + 1), expected);
+    EXPECT_EQ(collector.sample(kStart + 1s), expected);
 }
 
 class FakeVendorGpus final : public GpuVendorLibrary {
@@ -240,7 +244,7 @@ TEST(LinuxBackend, VendorLibraryGpusJoinTheGpuFigures) {
     FixtureTree tree("amd_desktop");
     LinuxBackend backend(tree.root(), std::make_unique<FakeVendorGpus>());
     backend.prime(kStart);
-    const LiveInputs in = backend.sample(kStart + 1);
+    const LiveInputs in = backend.sample(kStart + 1s);
     EXPECT_EQ(in.gpuTemp, (TempReading{99.0, "NVML NVIDIA RTX A2000"}));
     EXPECT_EQ(in.gpuLoad, 81.0);
     EXPECT_EQ(in.sensors.front(), (NamedTemp{"NVIDIA RTX A2000", 99.0, "NVML NVIDIA RTX A2000"}));
@@ -259,13 +263,13 @@ TEST(BackendFactory, RootComesFromVelmoraRoot) {
 TEST(BackendFactory, BuildsTheLinuxBackendOverTheRoot) {
     FixtureTree tree("raspberry_pi");
     HeatCollector collector(makePlatformBackend(tree.root()), kStart);
-    EXPECT_EQ(collector.sample(kStart + 1).cpuTemp->source, "hwmon cpu_thermal temp1");
+    EXPECT_EQ(collector.sample(kStart + 1s).cpuTemp->source, "hwmon cpu_thermal temp1");
 }
 
 TEST(Diagnose, PrintsSummaryTableAndJson) {
     FixtureTree tree("raspberry_pi");
     HeatCollector collector(makePlatformBackend(tree.root()), kStart);
-    const std::string report = diagnoseReport(collector, kStart + 1);
+    const std::string report = diagnoseReport(collector, kStart + 1s);
     EXPECT_EQ(report.rfind("Sensors: hwmon: cpu_thermal (1 temp);", 0), 0U) << report;
     EXPECT_NE(report.find("CPU temperature      51.1 °C"), std::string::npos) << report;
     EXPECT_NE(report.find(tree.path("sys/class/hwmon/hwmon0/temp1_input")), std::string::npos);

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "metrics/fixture_tree.hpp"
 #include "metrics/heat_collector.hpp"
 #include "metrics/linux/linux_backend.hpp"
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::FixtureTree;
 
@@ -16,7 +20,7 @@ constexpr Timestamp kStart = Timestamp::fromSeconds(1'700'000'000);
 LiveInputs sampleMachine(const FixtureTree& tree) {
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     tree.advance();
-    return collector.sample(kStart + 1.0);
+    return collector.sample(kStart + 1s);
 }
 
 // The same arithmetic as the readers, so that expectations are exact.
@@ -158,7 +162,7 @@ TEST(LinuxMachines, SourceTableNamesTheLinuxFiles) {
     FixtureTree tree("intel_laptop");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     tree.advance();
-    collector.sample(kStart + 1.0);
+    collector.sample(kStart + 1s);
     const auto rows = collector.sourceTable();
     // Twelve metrics, then each power source and each battery.
     ASSERT_EQ(rows.size(), 15U);

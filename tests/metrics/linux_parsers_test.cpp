@@ -138,18 +138,19 @@ TEST(SensorClass, ChipsByDriverName) {
 }
 
 TEST(Rapl, WattsFromMicrojoulesWithOneWrap) {
-    EXPECT_EQ(wattsBetween(1'000'000, 13'500'000, std::nullopt, 1.0), 12.5);
-    EXPECT_EQ(wattsBetween(1'000'000, 11'000'000, std::nullopt, 2.0), 5.0);
-    EXPECT_EQ(wattsBetween(999'000'000, 9'000'000, 999'999'999, 1.0), 10.0);
-    EXPECT_EQ(wattsBetween(5, 1, std::nullopt, 1.0), std::nullopt);
-    EXPECT_EQ(wattsBetween(1, 5, std::nullopt, 0.0), std::nullopt);
+    EXPECT_EQ(wattsBetween(1'000'000, 13'500'000, std::nullopt, Seconds(1.0)), 12.5);
+    EXPECT_EQ(wattsBetween(1'000'000, 11'000'000, std::nullopt, Seconds(2.0)), 5.0);
+    EXPECT_EQ(wattsBetween(999'000'000, 9'000'000, 999'999'999, Seconds(1.0)), 10.0);
+    EXPECT_EQ(wattsBetween(5, 1, std::nullopt, Seconds(1.0)), std::nullopt);
+    EXPECT_EQ(wattsBetween(1, 5, std::nullopt, Seconds(0.0)), std::nullopt);
 }
 
 TEST(Rapl, NegativeCountersGiveNothingAndAWrapAtTheLargestRangeStaysExact) {
-    EXPECT_EQ(wattsBetween(5, -100, 10, 1.0), std::nullopt);
-    EXPECT_EQ(wattsBetween(-1, 9'223'372'036'854'775'807, std::nullopt, 1.0), std::nullopt);
+    EXPECT_EQ(wattsBetween(5, -100, 10, Seconds(1.0)), std::nullopt);
+    EXPECT_EQ(wattsBetween(-1, 9'223'372'036'854'775'807, std::nullopt, Seconds(1.0)),
+              std::nullopt);
     constexpr long long kLargest = 9'223'372'036'854'775'807;
-    EXPECT_EQ(wattsBetween(kLargest - 1'000'000, 1'000'000, kLargest, 1.0), 2.000001);
+    EXPECT_EQ(wattsBetween(kLargest - 1'000'000, 1'000'000, kLargest, Seconds(1.0)), 2.000001);
 }
 
 }  // namespace

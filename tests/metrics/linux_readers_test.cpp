@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "metrics/fixture_tree.hpp"
 #include "metrics/heat_collector.hpp"
@@ -11,6 +12,8 @@
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using nlohmann::json;
 using testing::FixtureTree;
@@ -23,7 +26,7 @@ class Machine {
     explicit Machine(const std::string& name)
         : tree_(name), collector_(std::make_unique<LinuxBackend>(tree_.root()), kStart) {
         tree_.advance();
-        sample_ = collector_.sample(kStart + 1.0);
+        sample_ = collector_.sample(kStart + 1s);
     }
 
     const LiveInputs& sample() const { return sample_; }
@@ -31,7 +34,9 @@ class Machine {
     const FixtureTree& tree() const { return tree_; }
     HeatCollector& collector() { return collector_; }
 
-    LiveInputs resample(double seconds) { return sample_ = collector_.sample(kStart + seconds); }
+    LiveInputs resample(double seconds) {
+        return sample_ = collector_.sample(kStart + Seconds(seconds));
+    }
 
     std::vector<SourceRow> rows(const std::string& label) const {
         std::vector<SourceRow> found;
@@ -162,7 +167,7 @@ TEST(LinuxReaders, GpuPowerStandsBesideThePackageAndTheBattery) {
     tree.write("sys/class/powercap/intel-rapl:0/max_energy_range_uj", "262143328850\n");
     HeatCollector collector(std::make_unique<LinuxBackend>(tree.root()), kStart);
     tree.write("sys/class/powercap/intel-rapl:0/energy_uj", "1021500000\n");
-    const LiveInputs in = collector.sample(kStart + 1.0);
+    const LiveInputs in = collector.sample(kStart + 1s);
     ASSERT_EQ(in.powerSources.size(), 2U);
     EXPECT_EQ(in.powerSources[0].source, "RAPL package-0");
     EXPECT_DOUBLE_EQ(in.powerSources[0].watts, 21.5);

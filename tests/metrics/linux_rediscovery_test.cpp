@@ -1,6 +1,7 @@
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <chrono>
 
 #include <algorithm>
 #include <string>
@@ -12,6 +13,8 @@
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::FixtureTree;
 
@@ -67,9 +70,9 @@ TEST(LinuxRediscovery, AFailedReadWithNothingChangedKeepsTheInventory) {
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
     tree.write(chip(3) + "temp1_input", "");  // fails from now on, in place
-    backend.sample(kStart + 1);
-    backend.sample(kStart + 2);
-    backend.sample(kStart + 3);
+    backend.sample(kStart + 1s);
+    backend.sample(kStart + 2s);
+    backend.sample(kStart + 3s);
     EXPECT_EQ(backend.discoveries(), 1);
 }
 
@@ -79,15 +82,15 @@ TEST(LinuxRediscovery, ANewDeviceIsFoundAndTheOpenDescriptorsAreReused) {
         addChip(tree, n, 40000);
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    backend.sample(kStart + 1);
+    backend.sample(kStart + 1s);
     const int before = openDescriptors();
     addChip(tree, 20, 45000);
-    EXPECT_TRUE(backend.rediscoverIfChanged(kStart + 2));
+    EXPECT_TRUE(backend.rediscoverIfChanged(kStart + 2s));
     EXPECT_EQ(backend.discoveries(), 2);
     EXPECT_TRUE(
         noticed(backend, "21 temperature inputs and 0 fans open, 20 of them kept from before"));
     EXPECT_EQ(openDescriptors(), before + 1);
-    EXPECT_FALSE(backend.rediscoverIfChanged(kStart + 3));
+    EXPECT_FALSE(backend.rediscoverIfChanged(kStart + 3s));
 }
 
 // 300 inputs under a limit that could never hold two inventories of them: a rediscovery keeps
@@ -102,11 +105,11 @@ TEST(LinuxRediscovery, RediscoveryNeverNeedsTwiceTheDescriptors) {
     const SoftLimit limit(soft);
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    EXPECT_EQ(backend.sample(kStart + 1).sensors.size(), static_cast<std::size_t>(inputs));
+    EXPECT_EQ(backend.sample(kStart + 1s).sensors.size(), static_cast<std::size_t>(inputs));
     addChip(tree, inputs, 45000);
     tree.write(chip(0) + "temp1_input", "");
-    backend.sample(kStart + 2);
-    const LiveInputs after = backend.sample(kStart + 3);
+    backend.sample(kStart + 2s);
+    const LiveInputs after = backend.sample(kStart + 3s);
     EXPECT_EQ(backend.discoveries(), 2);
     EXPECT_EQ(after.sensors.size(), static_cast<std::size_t>(inputs));  // one failed, one new
     EXPECT_FALSE(noticed(backend, "descriptor limit"));
@@ -139,7 +142,7 @@ TEST(LinuxRediscovery, TheBackendSaysWhatItLeftOut) {
     const SoftLimit limit(soft);
     LinuxBackend backend(tree.root());
     backend.prime(kStart);
-    const LiveInputs first = backend.sample(kStart + 1);
+    const LiveInputs first = backend.sample(kStart + 1s);
     EXPECT_LT(first.sensors.size(), static_cast<std::size_t>(inputs));
     EXPECT_EQ(first.sensors.front().celsius, 120.0);  // the emergency-limited one is kept
     EXPECT_TRUE(noticed(backend, "sensor inputs left out (kept "));

@@ -126,8 +126,8 @@ TEST(LiveSampler, TheFirstSampleComesWithTheSummary) {
 TEST(LiveSampler, ASampleOlderThanTenSecondsSaysNothing) {
     Rig rig;
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
-    EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now() + 9.9), ThermalState::critical);
-    EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now() + 10.1), std::nullopt);
+    EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now() + 9900ms), ThermalState::critical);
+    EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now() + 10100ms), std::nullopt);
 }
 
 TEST(LiveSampler, AHungReadIsAbandonedAndSamplingGoesOnWithoutIt) {
@@ -135,7 +135,7 @@ TEST(LiveSampler, AHungReadIsAbandonedAndSamplingGoesOnWithoutIt) {
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
     rig.gate->hangNext = true;
     rig.sampler->request();  // this sample hangs in its read
-    std::this_thread::sleep_for(std::chrono::duration<double>(LiveSampler::hangAfterSeconds + 0.3));
+    std::this_thread::sleep_for(LiveSampler::hangAfter + 300ms);
     EXPECT_EQ(rig.loop.runAll(), 0);  // nothing came back
     // The last sample still holds while the hung one is given up.
     EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now()), ThermalState::critical);
@@ -176,7 +176,7 @@ TEST(LiveSampler, OnItsOwnTimeAHungReadIsFoundByTheLoopAndTheNewThreadKeepsTheTi
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
     rig.gate->hangNext = true;
     rig.sampler->sampleEvery(100ms);  // its next sample hangs in its read
-    std::this_thread::sleep_for(std::chrono::duration<double>(LiveSampler::hangAfterSeconds + 0.5));
+    std::this_thread::sleep_for(LiveSampler::hangAfter + 500ms);
     EXPECT_TRUE(rig.sampler->replaceIfHung());
     EXPECT_EQ(rig.sampler->restarts(), 1);
     rig.loop.runAll();

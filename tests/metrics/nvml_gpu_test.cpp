@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,8 @@
 
 namespace velmora {
 namespace {
+
+using namespace std::chrono_literals;
 
 using testing::FixtureTree;
 
@@ -47,7 +50,7 @@ class FakeNvml : public ::testing::Test {
     LiveInputs sampleAt(LinuxBackend& backend, double temp, const std::string& rest = "") {
         describe("gpu0.slowdown 85\ngpu0.shutdown 95\ngpu0.temp " + std::to_string(temp) + "\n" +
                  rest);
-        return backend.sample(kStart + ++second_);
+        return backend.sample(kStart + std::chrono::seconds(++second_));
     }
 
     FixtureTree tree_{"virtual_machine"};
@@ -65,7 +68,7 @@ TEST_F(FakeNvml, ThresholdsArePresentedWithTheGpuInTheSourceTable) {
         "gpu0.gpu_max 87\ngpu0.memory_max 95\ngpu0.power_mw 70500\n");
     auto backend = server();
     ASSERT_TRUE(backend);
-    const LiveInputs in = backend->sample(kStart + 1);
+    const LiveInputs in = backend->sample(kStart + 1s);
     EXPECT_EQ(in.thermal, ThermalState::nominal);
     ASSERT_TRUE(in.gpuTemp);
     EXPECT_EQ(in.gpuTemp->celsius, 61.0);
@@ -87,7 +90,7 @@ TEST_F(FakeNvml, WithoutThresholdsTheGpuIsShownButJudgesNothing) {
     describe("gpu0.temp 97\n");
     auto backend = server();
     ASSERT_TRUE(backend);
-    const LiveInputs in = backend->sample(kStart + 1);
+    const LiveInputs in = backend->sample(kStart + 1s);
     EXPECT_EQ(in.gpuTemp->celsius, 97.0);
     EXPECT_EQ(in.thermal, ThermalState::nominal);
     EXPECT_EQ(backend->thermal().sourceCount(), 0U);
@@ -149,7 +152,7 @@ TEST_F(FakeNvml, SeveralGpusAreEachListedAndTheHottestDrivesTheLevel) {
         "gpu2.name C\ngpu2.temp 40\n");
     auto backend = server();
     ASSERT_TRUE(backend);
-    const LiveInputs in = backend->sample(kStart + 1);
+    const LiveInputs in = backend->sample(kStart + 1s);
     ASSERT_EQ(in.sensors.size(), 3U);
     EXPECT_EQ(in.sensors[0].name, "B");
     EXPECT_EQ(in.gpuTemp->source, "NVML B");
@@ -168,7 +171,7 @@ TEST_F(FakeNvml, OneGpuDrawingPowerIsTheGpusFigure) {
     describe("gpu0.temp 50\ngpu0.power_mw 42000\n");
     auto backend = server();
     ASSERT_TRUE(backend);
-    const LiveInputs in = backend->sample(kStart + 1);
+    const LiveInputs in = backend->sample(kStart + 1s);
     ASSERT_TRUE(in.power);
     EXPECT_DOUBLE_EQ(in.power->watts, 42.0);
     EXPECT_EQ(in.power->label, "GPU power");
@@ -184,7 +187,7 @@ TEST_F(FakeNvml, LibraryWithoutThresholdThrottleOrPowerCallsStillGivesTemperatur
         "gpu0.power_mw 1000\n");
     auto backend = server(FAKE_NVML_BASIC_PATH);
     ASSERT_TRUE(backend);
-    const LiveInputs in = backend->sample(kStart + 1);
+    const LiveInputs in = backend->sample(kStart + 1s);
     EXPECT_EQ(in.gpuTemp->celsius, 93.0);
     EXPECT_EQ(in.thermal, ThermalState::nominal);
     EXPECT_FALSE(in.power);
@@ -221,7 +224,7 @@ TEST_F(FakeNvml, FailingThresholdCallMeansNoThresholds) {
     describe("gpu0.temp 97\ngpu0.slowdown 85\nfail nvmlDeviceGetTemperatureThreshold\n");
     auto backend = server();
     ASSERT_TRUE(backend);
-    EXPECT_EQ(backend->sample(kStart + 1).thermal, ThermalState::nominal);
+    EXPECT_EQ(backend->sample(kStart + 1s).thermal, ThermalState::nominal);
     EXPECT_EQ(backend->thermal().sourceCount(), 0U);
 }
 

@@ -13,6 +13,8 @@
 namespace velmora {
 namespace {
 
+using namespace std::chrono_literals;
+
 using testing::FakePowerProfiles;
 using testing::PrivateBus;
 
@@ -81,12 +83,12 @@ TEST_F(PowerProfilesTest, PowerSaverMeansLowPowerInTheLiveSample) {
     backend.setPowerProfiles(std::make_unique<PowerProfilesBus>(bus_.address()));
     const Timestamp start = Timestamp::fromSeconds(1'700'000'000);
     backend.prime(start);
-    EXPECT_FALSE(backend.sample(start + 1).lowPower);
+    EXPECT_FALSE(backend.sample(start + 1s).lowPower);
     daemon.setProfile("power-saver");
     bool low = false;
     for (int i = 0; i < 100 && !low; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        low = backend.sample(start + 2 + i).lowPower;
+        low = backend.sample(start + std::chrono::seconds(2 + i)).lowPower;
     }
     EXPECT_TRUE(low);
 }

@@ -1,6 +1,7 @@
 // The countdown machine's transition table, one test per row.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <vector>
 
 #include "countdown_support.hpp"
@@ -99,7 +100,8 @@ TEST(MachineTable, FiredStepStaysFired) {
 }
 
 TEST(MachineTable, FiredCancelWithFiredCancelOnEntersGrace) {
-    Countdown m = fired(CountdownConfig{10, 300, 5, true});
+    Countdown m = fired(CountdownConfig{std::chrono::seconds(10), std::chrono::seconds(300),
+                                        std::chrono::seconds(5), true});
     EXPECT_EQ(m.cancel(at(11)), (Events{ev(CountdownEventKind::cancel)}));
     EXPECT_EQ(m.state, CountdownState::grace);
 }

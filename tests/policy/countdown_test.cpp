@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -16,6 +17,7 @@ using testing::ev;
 using testing::kCalm;
 using testing::kCritical;
 using Events = std::vector<CountdownEvent>;
+using namespace std::chrono_literals;
 
 TEST(Countdown, StepsOneSecondApartCueAtFiveThreeTwoOneThenFire) {
     Countdown m(CountdownConfig::production(), false);
@@ -38,14 +40,14 @@ TEST(Countdown, StepsOneSecondApartCueAtFiveThreeTwoOneThenFire) {
 TEST(Countdown, StartsAtItsLengthWhateverTheClockReads) {
     // At this instant (t + 10) - t is 10.000000000000114 in floating point.
     const auto start = MonoTime::fromSeconds(1020.4227888583981);
-    ASSERT_GT((start + 10.0) - start, 10.0);
+    ASSERT_GT((start + 10s) - start, 10s);
     Countdown m(CountdownConfig::production(), false);
     const auto events = m.startCountdown(start);
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].remaining, watchdog::countdownSeconds);
-    EXPECT_EQ(m.remaining(start), watchdog::countdownSeconds);
-    EXPECT_EQ(m.remaining(start + 0.001), watchdog::countdownSeconds);
-    EXPECT_EQ(m.remaining(start + 1.0), watchdog::countdownSeconds - 1);
+    EXPECT_EQ(events[0].remaining, watchdog::countdownLength.count());
+    EXPECT_EQ(m.remaining(start), watchdog::countdownLength.count());
+    EXPECT_EQ(m.remaining(start + 1ms), watchdog::countdownLength.count());
+    EXPECT_EQ(m.remaining(start + 1s), watchdog::countdownLength.count() - 1);
 }
 
 TEST(Countdown, GapOfExactlyFiveSecondsIsNotStale) {
@@ -69,7 +71,7 @@ TEST(Countdown, CancelAtThreeSecondsLeftGracesCoolsAndRestarts) {
     m.step(at(0), kCritical);
     EXPECT_EQ(m.cancel(at(7)), (Events{ev(CountdownEventKind::cancel)}));
     EXPECT_EQ(m.state, CountdownState::grace);
-    EXPECT_DOUBLE_EQ(m.graceLeft(at(7)), 300);
+    EXPECT_DOUBLE_EQ(m.graceLeft(at(7)).count(), 300);
     EXPECT_EQ(m.step(at(8), kCalm), (Events{ev(CountdownEventKind::cooled)}));
     EXPECT_FALSE(m.cancelled);
     EXPECT_EQ(m.step(at(306.9), kCritical), Events{});
@@ -119,7 +121,7 @@ TEST(Countdown, RemainingIsZeroOutsideACountdown) {
     Countdown m(CountdownConfig::production(), false);
     EXPECT_EQ(m.remaining(at(0)), 0);
     EXPECT_EQ(m.remainingMs(at(0)), 0);
-    EXPECT_EQ(m.graceLeft(at(0)), 0);
+    EXPECT_EQ(m.graceLeft(at(0)), 0s);
 }
 
 TEST(Countdown, SimulationCompletesAndStaysDone) {
@@ -164,27 +166,28 @@ TEST(Countdown, SkippedCueSecondsGiveOneCueWithTheActualRemainder) {
 }
 
 TEST(Countdown, NonFiniteCountdownLengthFailsLoudly) {
-    Countdown nan(CountdownConfig{std::nan(""), 300, 5, false}, false);
+    Countdown nan(CountdownConfig{Seconds(std::nan("")), 300s, 5s, false}, false);
     EXPECT_THROW(nan.startCountdown(at(0)), std::invalid_argument);
     EXPECT_EQ(nan.state, CountdownState::idle);
-    Countdown inf(CountdownConfig{std::numeric_limits<double>::infinity(), 300, 5, false}, false);
+    Countdown inf(
+        CountdownConfig{Seconds(std::numeric_limits<double>::infinity()), 300s, 5s, false}, false);
     EXPECT_THROW(inf.step(at(0), kCritical), std::invalid_argument);
 }
 
 TEST(Countdown, FractionalLengthTruncatesLastCue) {
-    Countdown m(CountdownConfig{7.9, 300, 5, false}, false);
+    Countdown m(CountdownConfig{Seconds(7.9), 300s, 5s, false}, false);
     EXPECT_EQ(m.startCountdown(at(0)), (Events{ev(CountdownEventKind::countdownStart, 8)}));
     EXPECT_EQ(m.lastCue, 7);
 }
 
 TEST(Countdown, StaleRuleOffWhenZero) {
-    Countdown m(CountdownConfig{10, 300, 0, false}, false);
+    Countdown m(CountdownConfig{10s, 300s, 0s, false}, false);
     m.step(at(0), kCritical);
     EXPECT_EQ(m.step(at(9), kCritical), (Events{ev(CountdownEventKind::cue, 1)}));
 }
 
 TEST(CountdownConfig, ProductionValues) {
-    EXPECT_EQ(CountdownConfig::production(), (CountdownConfig{10, 300, 5, false}));
+    EXPECT_EQ(CountdownConfig::production(), (CountdownConfig{10s, 300s, 5s, false}));
 }
 
 TEST(CountdownEvent, EqualityComparesBothFields) {

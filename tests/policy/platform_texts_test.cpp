@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string_view>
 
 #include "policy/constants.hpp"
@@ -64,19 +65,20 @@ TEST(PlatformTexts, HostColumnIsChosenByTheBuild) {
 }
 
 TEST(Constants, TuningValues) {
+    using namespace std::chrono_literals;
     EXPECT_EQ(watchdog::version, "1.1");
     EXPECT_EQ(watchdog::warmC, 60);
     EXPECT_EQ(watchdog::hotC, 80);
     EXPECT_EQ(watchdog::extremeC, 95);
     EXPECT_EQ(watchdog::criticalC, 100);
-    EXPECT_EQ(watchdog::hotSustainSeconds, 90);
-    EXPECT_EQ(watchdog::extremeSustainSeconds, 60);
-    EXPECT_EQ(watchdog::countdownSeconds, 10);
-    EXPECT_EQ(watchdog::graceSeconds, 300);
-    EXPECT_EQ(watchdog::staleGapSeconds, 5);
-    EXPECT_EQ(watchdog::simulationLeadInSeconds, 4);
-    EXPECT_EQ(watchdog::failsafeSeconds, 30);
-    EXPECT_EQ(watchdog::emergencyAlarmIntervalSeconds, 15);
+    EXPECT_EQ(watchdog::hotSustain, 90s);
+    EXPECT_EQ(watchdog::extremeSustain, 60s);
+    EXPECT_EQ(watchdog::countdownLength, 10s);
+    EXPECT_EQ(watchdog::graceLength, 300s);
+    EXPECT_EQ(watchdog::staleGap, 5s);
+    EXPECT_EQ(watchdog::simulationLeadIn, 4s);
+    EXPECT_EQ(watchdog::failsafeDelay, 30s);
+    EXPECT_EQ(watchdog::emergencyAlarmInterval, 15s);
     EXPECT_EQ(watchdog::simulationPeakC, 106);
     EXPECT_EQ(watchdog::cueSeconds, (std::array<int, 4>{5, 3, 2, 1}));
 }

@@ -11,6 +11,8 @@
 namespace velmora::testing {
 namespace {
 
+using namespace std::chrono_literals;
+
 class FileChangeWatchTest : public ::testing::Test {
   protected:
     bool eventually(const std::function<bool()>& condition, double seconds = 10) {
@@ -33,14 +35,14 @@ class FileChangeWatchTest : public ::testing::Test {
 };
 
 TEST_F(FileChangeWatchTest, WritingTheFileNotifies) {
-    const FileChangeWatch watch(file, count, {60, 60});
+    const FileChangeWatch watch(file, count, {60s, 60s});
     EXPECT_TRUE(watch.notifying());
     writeText(file, "{}");
     EXPECT_TRUE(eventually([&] { return notified > 0; }));
 }
 
 TEST_F(FileChangeWatchTest, OtherFilesOfTheFolderDoNotNotify) {
-    const FileChangeWatch watch(file, count, {60, 60});
+    const FileChangeWatch watch(file, count, {60s, 60s});
     writeText(dir / "heat.log", "a line\n");
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(notified, 0);
@@ -49,7 +51,7 @@ TEST_F(FileChangeWatchTest, OtherFilesOfTheFolderDoNotNotify) {
 }
 
 TEST_F(FileChangeWatchTest, FallsBackToPollingWhileTheFolderIsGoneAndWatchesItAgain) {
-    const FileChangeWatch watch(file, count, {60, 0.1});
+    const FileChangeWatch watch(file, count, {60s, 100ms});
     std::filesystem::remove_all(dir.path());
     ASSERT_TRUE(eventually([&] { return !watch.notifying(); }));
     EXPECT_TRUE(eventually([&] { return fallbacks > 0; }));
@@ -61,7 +63,7 @@ TEST_F(FileChangeWatchTest, FallsBackToPollingWhileTheFolderIsGoneAndWatchesItAg
 }
 
 TEST_F(FileChangeWatchTest, FallbackRunsWhileNothingHappens) {
-    const FileChangeWatch watch(file, count, {0.05, 0.05});
+    const FileChangeWatch watch(file, count, {50ms, 50ms});
     EXPECT_TRUE(eventually([&] { return fallbacks >= 2; }));
     EXPECT_EQ(notified, 0);
 }

@@ -87,7 +87,7 @@ TEST_F(SettingsCacheTest, GoodFileAfterAProblemIsTakenAndClearsIt) {
 
 TEST_F(SettingsCacheTest, AnAnswerIsInForceAtOnceAndSaved) {
     cache.refresh();
-    EXPECT_FALSE(cache.keep(kSwitchedOff, 5).has_value());
+    EXPECT_FALSE(cache.keep(kSwitchedOff, std::chrono::seconds(5)).has_value());
     EXPECT_EQ(cache.snapshot().settings, kSwitchedOff);
     EXPECT_FALSE(cache.snapshot().answerUnsaved);
     EXPECT_EQ(SettingsStore(dir.path()).tryLoad(), kSwitchedOff);
@@ -99,7 +99,7 @@ TEST_F(SettingsCacheTest, AnUnsavedAnswerWinsOverTheFileUntilTheFileAgrees) {
     WriteError error;
     {
         const NoFileGrowth noGrowth;
-        error = cache.keep(kSwitchedOff, 5);
+        error = cache.keep(kSwitchedOff, std::chrono::seconds(5));
     }
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(cache.snapshot().settings, kSwitchedOff);
@@ -118,14 +118,14 @@ TEST_F(SettingsCacheTest, AnUnsavedAnswerWinsOverTheFileUntilTheFileAgrees) {
 
 TEST_F(SettingsCacheTest, WatchingReadsAChangeWithoutBeingAsked) {
     save(kConsented);
-    EXPECT_TRUE(cache.startWatching(5));
+    EXPECT_TRUE(cache.startWatching(std::chrono::seconds(5)));
     EXPECT_EQ(cache.snapshot().settings, kConsented);
     save(kSwitchedOff);
     EXPECT_TRUE(eventuallyShows(kSwitchedOff, 10));
 }
 
 TEST_F(SettingsCacheTest, WatchingSeesTheFileReplacedByHand) {
-    EXPECT_TRUE(cache.startWatching(5));
+    EXPECT_TRUE(cache.startWatching(std::chrono::seconds(5)));
     writeText(
         dir / "settings.json",
         R"({"autoShutdown": true, "consentRecorded": true, "consentAt": "2027-01-14T09:30:00Z"})");

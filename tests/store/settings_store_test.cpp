@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+
 namespace velmora {
 namespace {
 
@@ -16,7 +18,7 @@ using testing::TempDir;
 using testing::writeText;
 
 const Timestamp first = Timestamp::fromSeconds(1794700033.25);  // 2026-11-14T23:47:13Z
-const Timestamp later = first + 3600;
+const Timestamp later = first + std::chrono::hours(1);
 
 TEST(SettingsStore, ConstructorTouchesNothingOnDisk) {
     const TempDir tmp;

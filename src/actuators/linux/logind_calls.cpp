@@ -49,7 +49,8 @@ std::string systemText(int negativeErrno) {
     return std::generic_category().message(-negativeErrno);
 }
 
-std::uint64_t microseconds(double seconds) {
+std::uint64_t microseconds(Seconds timeout) {
+    const double seconds = timeout.count();
     const double bounded = std::isnan(seconds) ? 0.0 : std::clamp(seconds, 0.001, 86400.0 * 365);
     return static_cast<std::uint64_t>(std::llround(bounded * 1e6));
 }
@@ -59,10 +60,10 @@ bool isRefusal(const sd_bus_error& error) {
            sd_bus_error_has_name(&error, SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED);
 }
 
-AutomationOutcome callFailure(int result, const sd_bus_error& error, double timeoutSeconds) {
+AutomationOutcome callFailure(int result, const sd_bus_error& error, Seconds timeout) {
     if (result == -ETIMEDOUT) {
         std::ostringstream text;
-        text << "logind timed out: no answer within " << timeoutSeconds << " s";
+        text << "logind timed out: no answer within " << timeout.count() << " s";
         return AutomationOutcome::failed(text.str());
     }
     if (!sd_bus_error_is_set(&error)) {
@@ -75,7 +76,7 @@ AutomationOutcome callFailure(int result, const sd_bus_error& error, double time
 
 // One method call on logind's manager over a fresh system-bus connection of this thread.
 CallResult callManager(const char* method, const std::function<int(sd_bus_message*)>& append,
-                       double timeoutSeconds) {
+                       Seconds timeout) {
     sd_bus* rawBus = nullptr;
     int result = sd_bus_open_system(&rawBus);
     const Bus bus(rawBus);
@@ -94,10 +95,9 @@ CallResult callManager(const char* method, const std::function<int(sd_bus_messag
     }
     BusError error;
     sd_bus_message* rawReply = nullptr;
-    result =
-        sd_bus_call(bus.get(), call.get(), microseconds(timeoutSeconds), &error.error, &rawReply);
+    result = sd_bus_call(bus.get(), call.get(), microseconds(timeout), &error.error, &rawReply);
     Message reply(rawReply);
-    if (result < 0) return {nullptr, callFailure(result, error.error, timeoutSeconds)};
+    if (result < 0) return {nullptr, callFailure(result, error.error, timeout)};
     return {std::move(reply), std::nullopt};
 }
 
@@ -117,17 +117,17 @@ AutomationOutcome readCanPowerOff(sd_bus_message* reply) {
 
 }  // namespace
 
-AutomationOutcome askCanPowerOff(double timeoutSeconds) {
-    CallResult call = callManager("CanPowerOff", nullptr, timeoutSeconds);
+AutomationOutcome askCanPowerOff(Seconds timeout) {
+    CallResult call = callManager("CanPowerOff", nullptr, timeout);
     if (call.failure) return *call.failure;
     return readCanPowerOff(call.reply.get());
 }
 
-AutomationOutcome requestPowerOff(double timeoutSeconds) {
+AutomationOutcome requestPowerOff(Seconds timeout) {
     const auto notInteractive = [](sd_bus_message* message) {
         return sd_bus_message_append(message, "b", 0);
     };
-    CallResult call = callManager("PowerOff", notInteractive, timeoutSeconds);
+    CallResult call = callManager("PowerOff", notInteractive, timeout);
     if (call.failure) return *call.failure;
     return AutomationOutcome::granted();
 }

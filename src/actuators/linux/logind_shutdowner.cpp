@@ -13,12 +13,12 @@ LogindShutdowner::LogindShutdowner(LogSink log, Post post, LogindTimeouts timeou
     : log_(std::move(log)), post_(std::move(post)), timeouts_(timeouts) {}
 
 void LogindShutdowner::shutdown(ShutdownCompletion completion) {
-    runOffThread([seconds = timeouts_.shutdown] { return requestPowerOff(seconds); },
+    runOffThread([timeout = timeouts_.shutdown] { return requestPowerOff(timeout); },
                  deliverShutdown(linuxTexts.shutdownTool, log_, post_, std::move(completion)));
 }
 
 void LogindShutdowner::probe(ProbeCompletion completion) {
-    runOffThread([seconds = timeouts_.probe] { return askCanPowerOff(seconds); },
+    runOffThread([timeout = timeouts_.probe] { return askCanPowerOff(timeout); },
                  deliverProbe(post_, std::move(completion)));
 }
 

@@ -66,17 +66,18 @@ Post CocoaMainLoop::poster() {
     };
 }
 
-TimerId CocoaMainLoop::postAfter(double seconds, std::function<void()> work) {
-    return addTimer(seconds, false, std::move(work));
+TimerId CocoaMainLoop::postAfter(Seconds delay, std::function<void()> work) {
+    return addTimer(delay, false, std::move(work));
 }
 
-TimerId CocoaMainLoop::startRepeating(double seconds, std::function<void()> work) {
-    return addTimer(seconds, true, std::move(work));
+TimerId CocoaMainLoop::startRepeating(Seconds interval, std::function<void()> work) {
+    return addTimer(interval, true, std::move(work));
 }
 
-TimerId CocoaMainLoop::addTimer(double seconds, bool repeating, std::function<void()> work) {
+TimerId CocoaMainLoop::addTimer(Seconds span, bool repeating, std::function<void()> work) {
     const TimerId id = ++nextId_;
-    const double interval = std::max(seconds, 0.0);
+    // CFAbsoluteTime and CFTimeInterval are plain seconds.
+    const double interval = std::max(span.count(), 0.0);
     CFRunLoopTimerContext context{};
     context.info = new TimerWork{this, id, repeating, std::move(work)};
     context.release = releaseTimerWork;

@@ -25,8 +25,8 @@ PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnviron
     parts.services.realShutdowner = [](LogSink log, Post post) {
         return std::make_shared<OsascriptShutdowner>(std::move(log), std::move(post));
     };
-    parts.services.realProbe = [](double timeoutSeconds) {
-        return ScriptRunner{}.run(texts().probeScript, timeoutSeconds);
+    parts.services.realProbe = [](Seconds timeout) {
+        return ScriptRunner{}.run(texts().probeScript, timeout);
     };
     if (!opts.mute) {
         parts.sounds = std::make_shared<SystemSounder>(nsSoundPlayer());

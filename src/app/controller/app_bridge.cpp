@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
@@ -15,7 +16,7 @@ void AppController::loadPage(const std::string& name) {
     shell_.loadPage(WebView::main, *file, file->parent_path());
     const std::string stage(rawValue(ui_.liveStage));
     // The pages also take a demonstration stage; the application never sets one.
-    loop_.postAfter(0.15, guarded([stage](AppController& app) {
+    loop_.postAfter(std::chrono::milliseconds(150), guarded([stage](AppController& app) {
                         app.shell_.evaluate(WebView::main,
                                             stageScript(stage, rawValue(AlertStage::none)));
                     }));

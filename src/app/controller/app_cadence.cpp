@@ -1,5 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+
 #include "app/controller/app_controller.hpp"
 #include "app/core/presentation_rules.hpp"
 
@@ -8,11 +10,11 @@ namespace velmora {
 namespace {
 
 /// The countdown's resolution.
-constexpr double quickTickSeconds = 0.25;
+constexpr std::chrono::milliseconds quickTick{250};
 /// How long a calm watchdog waits for a sample before it ticks anyway (and looks whether the
 /// sampler hangs): longer than the two seconds between the samples of a watchdog that shows
 /// none, so that the two never wake the loop one after the other.
-constexpr double idleTickSeconds = 3.0;
+constexpr std::chrono::seconds idleTick{3};
 
 }  // namespace
 
@@ -30,8 +32,8 @@ void AppController::setTickRate(bool quick) {
         if (idleTimer_) loop_.stop(*idleTimer_);
         idleTimer_.reset();
         if (!pollTimer_) {
-            pollTimer_ = loop_.startRepeating(quickTickSeconds,
-                                              guarded([](AppController& app) { app.tick(); }));
+            pollTimer_ =
+                loop_.startRepeating(quickTick, guarded([](AppController& app) { app.tick(); }));
         }
         return;
     }
@@ -39,7 +41,7 @@ void AppController::setTickRate(bool quick) {
     pollTimer_.reset();
     // Moved on by every calm tick, so it fires only when no sample came in for a while.
     if (idleTimer_) loop_.stop(*idleTimer_);
-    idleTimer_ = loop_.postAfter(idleTickSeconds, guarded([](AppController& app) {
+    idleTimer_ = loop_.postAfter(idleTick, guarded([](AppController& app) {
                                      app.idleTimer_.reset();
                                      app.tick();
                                  }));

@@ -20,7 +20,7 @@ using engine_text::boolText;
 namespace {
 
 // How long start-up waits for the first read of the settings file.
-constexpr double kFirstSettingsReadWait = 1.0;
+constexpr std::chrono::seconds kFirstSettingsReadWait{1};
 
 }  // namespace
 
@@ -191,8 +191,7 @@ void AppController::startTimers() {
         // The sampler keeps its own time, so that a calm loop wakes once a second, for the
         // sample, instead of once to ask for it and once more to receive it; when nobody
         // shows each sample, once in two seconds.
-        sampler_->sampleEvery(
-            std::chrono::milliseconds(std::llround(HeatCollector::interval * 1000.0)));
+        sampler_->sampleEvery(HeatCollector::interval);
         if (!showsEverySample()) sampler_->postEvery(2);
         sampler_->request();  // the first sample to show comes at once, not on the next second
         return;

@@ -15,12 +15,11 @@ constexpr std::string_view kGivingUp =
 
 }  // namespace
 
-ExitDeadline::ExitDeadline(double seconds, int status) {
+ExitDeadline::ExitDeadline(Seconds limit, int status) {
     try {
-        thread_ = std::thread([this, seconds, status] {
+        thread_ = std::thread([this, limit, status] {
             std::unique_lock lock(mutex_);
-            if (done_.wait_for(lock, std::chrono::duration<double>(seconds),
-                               [this] { return finished_; })) {
+            if (done_.wait_for(lock, limit, [this] { return finished_; })) {
                 return;
             }
             static_cast<void>(::write(STDERR_FILENO, kGivingUp.data(), kGivingUp.size()));

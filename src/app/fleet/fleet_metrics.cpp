@@ -115,7 +115,7 @@ void addMemoryAndBattery(PrometheusText& out, const LiveInputs& live) {
     out.sample(flag(live.lowPower));
 }
 
-void addWatchdog(PrometheusText& out, const WatchdogFigures& watchdog, double sampledAt) {
+void addWatchdog(PrometheusText& out, const WatchdogFigures& watchdog, Timestamp sampledAt) {
     out.family("velmora_auto_shutdown_enabled", "gauge",
                "1 when automatic shutdown in an emergency is switched on.");
     out.sample(flag(watchdog.autoShutdown));
@@ -136,13 +136,13 @@ void addWatchdog(PrometheusText& out, const WatchdogFigures& watchdog, double sa
     out.sample(static_cast<double>(watchdog.shutdownCalls));
     out.family("velmora_last_sample_timestamp_seconds", "gauge",
                "When these figures were sampled, in seconds since the Unix epoch.");
-    out.sample(sampledAt);
+    out.sample(sampledAt.secondsSinceEpoch);
 }
 
 }  // namespace
 
 std::string fleetMetricsText(const LiveInputs& live, const WatchdogFigures& watchdog,
-                             const std::vector<ThermalLimit>& limits, double sampledAt) {
+                             const std::vector<ThermalLimit>& limits, Timestamp sampledAt) {
     PrometheusText out;
     addTemperatures(out, live.sensors);
     addLimits(out, limits);

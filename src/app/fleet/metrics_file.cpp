@@ -44,8 +44,8 @@ void MetricsFile::ticked(const nlohmann::json& view) {
 }
 
 void MetricsFile::sampled(const LiveInputs& inputs, Timestamp now) {
-    const auto text = fleetMetricsText(
-        inputs, figures_, limits_ ? limits_() : std::vector<ThermalLimit>{}, now.secondsSinceEpoch);
+    const auto text =
+        fleetMetricsText(inputs, figures_, limits_ ? limits_() : std::vector<ThermalLimit>{}, now);
     const auto problem = write(text);
     if (problem && *problem != lastProblem_ && log_) {
         log_("metrics: could not write " + path_.string() + ": " + *problem);

@@ -4,6 +4,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
@@ -70,17 +71,18 @@ gboolean dispatchAligned(GSource* source, GSourceFunc callback, gpointer data) {
 
 GSourceFuncs alignedTimerFuncs{nullptr, nullptr, dispatchAligned, nullptr, nullptr, nullptr};
 
-GSource* alignedTimerSource(double seconds) {
-    const auto interval = std::max<gint64>(1000, std::llround(seconds * 1e6));
+GSource* alignedTimerSource(Seconds span) {
+    const auto interval = std::max<gint64>(
+        1000, std::llround(std::chrono::duration<double, std::micro>(span).count()));
     GSource* source = g_source_new(&alignedTimerFuncs, sizeof(AlignedTimer));
     reinterpret_cast<AlignedTimer*>(source)->intervalMicroseconds = interval;
     g_source_set_ready_time(source, nextMultiple(g_get_monotonic_time(), interval));
     return source;
 }
 
-guint milliseconds(double seconds) {
-    if (!(seconds > 0)) return 0;
-    return static_cast<guint>(std::lround(seconds * 1000.0));
+guint milliseconds(Seconds span) {
+    if (!(span > Seconds::zero())) return 0;
+    return static_cast<guint>(std::lround(std::chrono::duration<double, std::milli>(span).count()));
 }
 
 }  // namespace
@@ -138,18 +140,18 @@ Post GlibMainLoop::poster() {
     };
 }
 
-TimerId GlibMainLoop::postAfter(double seconds, std::function<void()> work) {
-    return addTimeout(seconds, false, std::move(work));
+TimerId GlibMainLoop::postAfter(Seconds delay, std::function<void()> work) {
+    return addTimeout(delay, false, std::move(work));
 }
 
-TimerId GlibMainLoop::startRepeating(double seconds, std::function<void()> work) {
-    return addTimeout(seconds, true, std::move(work));
+TimerId GlibMainLoop::startRepeating(Seconds interval, std::function<void()> work) {
+    return addTimeout(interval, true, std::move(work));
 }
 
-TimerId GlibMainLoop::addTimeout(double seconds, bool repeating, std::function<void()> work) {
+TimerId GlibMainLoop::addTimeout(Seconds span, bool repeating, std::function<void()> work) {
     const TimerId id = ++nextId_;
     GSource* source =
-        repeating ? alignedTimerSource(seconds) : g_timeout_source_new(milliseconds(seconds));
+        repeating ? alignedTimerSource(span) : g_timeout_source_new(milliseconds(span));
     g_source_set_callback(source, runTimer, new Work{this, id, repeating, std::move(work)},
                           deleteWork);
     g_source_attach(source, context_);

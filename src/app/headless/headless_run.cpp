@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <variant>
@@ -30,7 +31,7 @@ void reportStartProblems(const AppController& app) {
 }
 
 // How long the clean-up after a quit request may take before the process ends regardless.
-constexpr double kQuitDeadline = 1.5;
+constexpr std::chrono::milliseconds kQuitDeadline{1500};
 
 }  // namespace
 

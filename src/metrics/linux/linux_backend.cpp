@@ -136,7 +136,7 @@ void LinuxBackend::maybeRediscover(Timestamp now) {
         discover(now, sysfsFingerprint(root_));
         return;
     }
-    const bool due = readFailed_ || now - *discoveredAt_ >= rediscoverEverySeconds ||
+    const bool due = readFailed_ || now - *discoveredAt_ >= rediscoverEvery ||
                      now < *discoveredAt_;  // the clock was set back
     if (due) rediscoverIfChanged(now);
 }

@@ -27,8 +27,8 @@ void LinuxBackend::sampleCpu(LiveInputs& in, Timestamp now) {
     if (!text) return;
     // Too soon after the counters last read (the start-up sample right after priming): keep
     // the earlier counters as the baseline and report no load rather than noise.
-    const double span = lastStatAt_ ? now - *lastStatAt_ : 0.0;
-    if (lastStat_ && span >= 0.0 && span < minimumCpuSpanSeconds) return;
+    const Seconds span = lastStatAt_ ? now - *lastStatAt_ : Seconds::zero();
+    if (lastStat_ && span >= Seconds::zero() && span < minimumCpuSpan) return;
     parseProcStat(*text, stat_);
     if (lastStat_ && lastStat_->total && stat_.total) {
         in.cpuBusy = busyPercent(*lastStat_->total, *stat_.total);

@@ -25,12 +25,7 @@ constexpr std::array<ProfileDaemon, 2> kDaemons{{
 }};
 
 // A missing daemon answers at once; a hung one must not hold a sample for long.
-constexpr std::uint64_t kCallTimeoutMicroseconds = 500'000;
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
+constexpr std::chrono::microseconds kCallTimeout{500'000};
 
 std::optional<std::string> readProfile(sd_bus* bus, const ProfileDaemon& daemon) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
@@ -87,7 +82,7 @@ bool PowerProfilesBus::open() {
         return false;
     }
     bus_ = bus;
-    sd_bus_set_method_call_timeout(bus_, kCallTimeoutMicroseconds);
+    sd_bus_set_method_call_timeout(bus_, static_cast<std::uint64_t>(kCallTimeout.count()));
     return true;
 }
 
@@ -140,8 +135,8 @@ std::optional<std::string> PowerProfilesBus::activeProfile() {
         drainSignals();
         if (slot_) return profile_;
     }
-    const double now = monotonicSeconds();
-    if (triedAt_ && now - *triedAt_ < retrySeconds) return std::nullopt;
+    const MonoTime now = MonoTime::now();
+    if (triedAt_ && now - *triedAt_ < retryAfter) return std::nullopt;
     triedAt_ = now;
     if (!open() || !subscribe()) return std::nullopt;
     return profile_;

@@ -33,9 +33,10 @@ std::string RaplMeter::sourceName() const {
 }
 
 std::optional<double> wattsBetween(long long previous, long long current,
-                                   std::optional<long long> maxRange, double seconds) {
+                                   std::optional<long long> maxRange, Seconds span) {
     // The counters run from 0 up to the range; a negative one is a misread, and would let the
     // arithmetic below overflow.
+    const double seconds = span.count();
     if (!(seconds > 0) || previous < 0 || current < 0) return std::nullopt;
     long long delta = current - previous;
     if (delta < 0) {

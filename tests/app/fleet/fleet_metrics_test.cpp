@@ -77,7 +77,8 @@ TEST(FleetMetrics, FullSnapshotIsValidExpositionWithEveryFigure) {
         {"/sys/class/hwmon/hwmon1/temp1_input", "fair", 85.0},
         {"/sys/class/hwmon/hwmon1/temp1_input", "serious", 100.0},
         {"NVML GPU 0 RTX", "critical", 89.0}};
-    const auto text = fleetMetricsText(busyLaptop(), counting(), limits, 1'700'000'000.5);
+    const auto text =
+        fleetMetricsText(busyLaptop(), counting(), limits, Timestamp::fromSeconds(1'700'000'000.5));
     const auto check = checkExposition(text);
     EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems) << text;
 
@@ -130,7 +131,8 @@ TEST(FleetMetrics, FullSnapshotIsValidExpositionWithEveryFigure) {
 }
 
 TEST(FleetMetrics, AbsentFiguresAreLeftOutRatherThanWrittenAsZero) {
-    const auto text = fleetMetricsText(LiveInputs{}, WatchdogFigures{}, {}, 1.0);
+    const auto text =
+        fleetMetricsText(LiveInputs{}, WatchdogFigures{}, {}, Timestamp::fromSeconds(1.0));
     const auto check = checkExposition(text);
     EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems);
     for (const char* absent :

@@ -4,14 +4,14 @@
 #include <string_view>
 
 #include "actuators/shutdowner.hpp"
+#include "policy/duration.hpp"
 #include "policy/platform_texts.hpp"
 #include "policy/sinks.hpp"
 
 namespace velmora {
 
-/// Runs the platform's real, harmless permission check and blocks for at most the given
-/// number of seconds.
-using BlockingProbe = std::function<AutomationOutcome(double timeoutSeconds)>;
+/// Runs the platform's real, harmless permission check and blocks for at most `timeout`.
+using BlockingProbe = std::function<AutomationOutcome(Seconds timeout)>;
 
 /// How a dry run behaves.
 struct DryRunOptions {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "actuators/script_runner.hpp"
 #include "actuators/shutdowner.hpp"
 #include "policy/sinks.hpp"
@@ -10,10 +12,10 @@ namespace velmora {
 /// tool on a background thread; the completion is handed to `post`, the owner's main loop.
 class OsascriptShutdowner final : public Shutdowner {
   public:
-    /// Seconds to wait for the tool: the shutdown answers fast unless the permission prompt is
+    /// How long to wait for the tool: the shutdown answers fast unless the permission prompt is
     /// up; the probe leaves the user time to answer that prompt.
-    static constexpr double shutdownTimeout = 20;
-    static constexpr double probeTimeout = 120;
+    static constexpr std::chrono::seconds shutdownTimeout{20};
+    static constexpr std::chrono::seconds probeTimeout{120};
 
     OsascriptShutdowner(LogSink log, Post post, ScriptRunner runner = ScriptRunner{});
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "actuators/automation_outcome.hpp"
+#include "policy/duration.hpp"
 
 namespace velmora {
 
@@ -16,9 +17,9 @@ class ScriptRunner {
     /// `executable` is the tool to start; tests point it at stand-ins.
     explicit ScriptRunner(std::string executable = std::string(osascriptPath));
 
-    /// Runs `executable -e script` and blocks for at most `timeoutSeconds` plus the reading of
+    /// Runs `executable -e script` and blocks for at most `timeout` plus the reading of
     /// its output. Never call it on the main thread.
-    [[nodiscard]] AutomationOutcome run(std::string_view script, double timeoutSeconds) const;
+    [[nodiscard]] AutomationOutcome run(std::string_view script, Seconds timeout) const;
 
     [[nodiscard]] const std::string& executable() const { return executable_; }
 

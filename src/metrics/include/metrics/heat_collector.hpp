@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,11 +19,11 @@ namespace velmora {
 /// history the dashboard needs: the last 60 CPU loads, the highest level and CPU temperature.
 class HeatCollector {
   public:
-    /// Seconds between samples.
-    static constexpr double interval = 1.0;
+    /// The time between samples.
+    static constexpr std::chrono::seconds interval{1};
     static constexpr std::size_t historyLength = 60;
     /// A snapshot older than this no longer says anything about the thermal state.
-    static constexpr double staleAfterSeconds = 10.0;
+    static constexpr std::chrono::seconds staleAfter{10};
 
     /// Primes the backend's delta counters so that the first sample already has loads.
     explicit HeatCollector(std::unique_ptr<MetricsBackend> backend,

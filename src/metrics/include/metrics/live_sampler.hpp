@@ -33,7 +33,7 @@ struct LiveDelivery {
 /// Runs the collector on a thread of its own so that no read, discovery or rediscovery ever
 /// blocks the loop that ticks the countdown. The loop asks for a sample once a second; the
 /// finished sample is posted back. A single open or read that has not returned after
-/// `hangAfterSeconds` (or a sample that takes `sampleLimitSeconds` in all) is abandoned: the
+/// `hangAfter` (or a sample that takes `sampleLimit` in all) is abandoned: the
 /// file is never opened again, the thread is left to its read, and a fresh collector starts on a
 /// new thread, told the last thermal state so that a confirmed emergency stays confirmed. Until
 /// then the loop goes on with the last sample, which stays valid for ten seconds.
@@ -43,8 +43,8 @@ class LiveSampler {
     using Deliver = std::function<void(const LiveDelivery&)>;
     using Clock = std::function<MonoTime()>;
 
-    static constexpr double hangAfterSeconds = 2.0;
-    static constexpr double sampleLimitSeconds = 15.0;
+    static constexpr std::chrono::seconds hangAfter{2};
+    static constexpr std::chrono::seconds sampleLimit{15};
 
     /// `post` must run work on the loop from any thread; `deliver` runs there.
     LiveSampler(MakeCollector make, Post post, Deliver deliver, LogSink log,

@@ -33,7 +33,7 @@ class ReadWatch {
     /// The path being opened or read now; empty between reads.
     std::string current() const;
     /// How long the current open or read has been under way; nothing between reads.
-    std::optional<double> currentFor(MonoTime now) const;
+    std::optional<Seconds> currentFor(MonoTime now) const;
 
   private:
     void begin(const std::string& path);

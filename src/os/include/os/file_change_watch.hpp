@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <thread>
@@ -17,8 +18,9 @@ namespace velmora {
 class FileChangeWatch {
   public:
     struct Intervals {
-        double watched = 30;   // fallback while notifications work
-        double unwatched = 5;  // fallback without them
+        // Fractional seconds; the os layer sits below policy's `Seconds` alias.
+        std::chrono::duration<double> watched = std::chrono::seconds(30);   // notifications work
+        std::chrono::duration<double> unwatched = std::chrono::seconds(5);  // without them
     };
 
     FileChangeWatch(std::filesystem::path file, std::function<void(bool notified)> changed,

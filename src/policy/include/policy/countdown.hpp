@@ -32,9 +32,9 @@ struct CountdownEvent {
 };
 
 struct CountdownConfig {
-    double countdown = 0;
-    double grace = 0;
-    double stale = 0;  // 0 or less switches the stale rule off
+    Seconds countdown{};
+    Seconds grace{};
+    Seconds stale{};  // zero or less switches the stale rule off
     bool firedCancel = false;
 
     static CountdownConfig production();
@@ -63,7 +63,7 @@ class Countdown {
 
     std::int64_t remaining(MonoTime now) const;
     std::int64_t remainingMs(MonoTime now) const;
-    double graceLeft(MonoTime now) const;
+    Seconds graceLeft(MonoTime now) const;
 
     CountdownState state = CountdownState::idle;
     const CountdownConfig cfg;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <chrono>
 #include <compare>
+
+#include "policy/duration.hpp"
 
 namespace velmora {
 
@@ -10,7 +11,7 @@ namespace velmora {
 /// repeats) is measured on it, so setting the wall clock never moves a deadline. It is kept apart
 /// from the wall clock's `Timestamp` by type: the two cannot be mixed by accident.
 struct MonoTime {
-    using Seconds = std::chrono::duration<double>;
+    using Seconds = velmora::Seconds;
 
     Seconds sinceOrigin{};
 
@@ -25,21 +26,17 @@ struct MonoTime {
     constexpr auto operator<=>(const MonoTime&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
-/// Seconds from `b` to `a`.
-constexpr double operator-(MonoTime a, MonoTime b) {
-    return (a.sinceOrigin - b.sinceOrigin).count();
+/// The interval from `b` to `a`.
+constexpr Seconds operator-(MonoTime a, MonoTime b) {
+    return a.sinceOrigin - b.sinceOrigin;
 }
 
-constexpr MonoTime operator+(MonoTime t, MonoTime::Seconds span) {
+constexpr MonoTime operator+(MonoTime t, Seconds span) {
     return MonoTime{t.sinceOrigin + span};
 }
 
-constexpr MonoTime operator+(MonoTime t, double seconds) {
-    return t + MonoTime::Seconds(seconds);
-}
-
-constexpr MonoTime operator-(MonoTime t, double seconds) {
-    return MonoTime{t.sinceOrigin - MonoTime::Seconds(seconds)};
+constexpr MonoTime operator-(MonoTime t, Seconds span) {
+    return MonoTime{t.sinceOrigin - span};
 }
 
 }  // namespace velmora

@@ -2,10 +2,12 @@
 
 #include <compare>
 
+#include "policy/duration.hpp"
+
 namespace velmora {
 
 /// A wall-clock instant: seconds since the Unix epoch, with sub-second precision.
-/// Differences are plain seconds; the distant past stays finite so that subtracting it
+/// Differences are `Seconds`; the distant past stays finite so that subtracting it
 /// from any real instant never overflows.
 struct Timestamp {
     double secondsSinceEpoch = 0.0;
@@ -19,17 +21,17 @@ struct Timestamp {
     constexpr auto operator<=>(const Timestamp&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
-/// Seconds from `b` to `a`.
-constexpr double operator-(Timestamp a, Timestamp b) {
-    return a.secondsSinceEpoch - b.secondsSinceEpoch;
+/// The interval from `b` to `a`.
+constexpr Seconds operator-(Timestamp a, Timestamp b) {
+    return Seconds(a.secondsSinceEpoch - b.secondsSinceEpoch);
 }
 
-constexpr Timestamp operator+(Timestamp t, double seconds) {
-    return Timestamp{t.secondsSinceEpoch + seconds};
+constexpr Timestamp operator+(Timestamp t, Seconds span) {
+    return Timestamp{t.secondsSinceEpoch + span.count()};
 }
 
-constexpr Timestamp operator-(Timestamp t, double seconds) {
-    return Timestamp{t.secondsSinceEpoch - seconds};
+constexpr Timestamp operator-(Timestamp t, Seconds span) {
+    return Timestamp{t.secondsSinceEpoch - span.count()};
 }
 
 }  // namespace velmora

@@ -7,6 +7,7 @@
 
 #include "os/file_change_watch.hpp"
 #include "os/serial_worker.hpp"
+#include "policy/duration.hpp"
 #include "store/settings_store.hpp"
 
 namespace velmora {
@@ -44,9 +45,9 @@ class SettingsCache {
     /// Reads the file now, on the background thread, and waits until that is done.
     void refresh();
     /// Starts following the file: a first read in the background, waited for at most
-    /// `firstReadWait` seconds (a stalled disk must not hold up the start), then the watch.
+    /// `firstReadWait` (a stalled disk must not hold up the start), then the watch.
     /// Returns false when the first read had not finished in time; its result arrives later.
-    bool startWatching(double firstReadWait);
+    bool startWatching(Seconds firstReadWait);
 
     /// The settings in force; no disk access, any thread.
     [[nodiscard]] SettingsSnapshot snapshot() const;
@@ -54,9 +55,9 @@ class SettingsCache {
     [[nodiscard]] std::uint64_t version() const;
 
     /// Puts an answer given in this run in force at once and saves it in the background,
-    /// waiting at most `wait` seconds. Returns the save's error, or one saying that the save
+    /// waiting at most `wait`. Returns the save's error, or one saying that the save
     /// is still running; either way the answer holds.
-    [[nodiscard]] WriteError keep(const Settings& answer, double wait);
+    [[nodiscard]] WriteError keep(const Settings& answer, Seconds wait);
 
     /// Waits until all background work queued so far is done (tests, quit).
     void settle();

@@ -1,14 +1,17 @@
 #pragma once
 
+#include <chrono>
+
 #include "actuators/shutdowner.hpp"
+#include "policy/duration.hpp"
 #include "policy/sinks.hpp"
 
 namespace velmora {
 
-/// How long to wait for logind, in seconds. The defaults match the Mac's scripting tool.
+/// How long to wait for logind. The defaults match the Mac's scripting tool.
 struct LogindTimeouts {
-    double shutdown = 20;
-    double probe = 120;
+    Seconds shutdown = std::chrono::seconds(20);
+    Seconds probe = std::chrono::seconds(120);
 };
 
 /// Powers the machine off through systemd-logind on the system bus (polkit decides whether

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <set>
@@ -48,9 +49,9 @@ struct LinuxInventory {
 /// what it left out. Derives the thermal state from the kernel's trip points and hwmon limits.
 class LinuxBackend final : public MetricsBackend {
   public:
-    static constexpr double rediscoverEverySeconds = 60.0;
+    static constexpr std::chrono::seconds rediscoverEvery{60};
     /// CPU loads over a shorter span are a handful of clock ticks: noise, so they are absent.
-    static constexpr double minimumCpuSpanSeconds = 0.2;
+    static constexpr std::chrono::milliseconds minimumCpuSpan{200};
     /// Descriptors left for everything else the process opens (log, bus, sounds, settings).
     static constexpr std::size_t reservedDescriptors = 64;
 

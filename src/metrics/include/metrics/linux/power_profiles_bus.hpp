@@ -2,10 +2,12 @@
 
 #include <systemd/sd-bus.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 
 #include "metrics/linux/power_profiles.hpp"
+#include "policy/mono_time.hpp"
 
 namespace velmora {
 
@@ -16,7 +18,7 @@ namespace velmora {
 class PowerProfilesBus final : public PowerProfileSource {
   public:
     /// How long a missing or broken daemon is left alone before it is asked again.
-    static constexpr double retrySeconds = 60.0;
+    static constexpr std::chrono::seconds retryAfter{60};
 
     /// `address` is a D-Bus address; empty for the system bus.
     explicit PowerProfilesBus(std::string address = {});
@@ -39,8 +41,8 @@ class PowerProfilesBus final : public PowerProfileSource {
     sd_bus* bus_ = nullptr;
     sd_bus_slot* slot_ = nullptr;
     std::optional<std::string> profile_;
-    /// Monotonic seconds of the last attempt to find the daemon; nothing before the first.
-    std::optional<double> triedAt_;
+    /// The last attempt to find the daemon; nothing before the first.
+    std::optional<MonoTime> triedAt_;
 };
 
 }  // namespace velmora

@@ -6,6 +6,7 @@
 
 #include "metrics/linux/sysfs_file.hpp"
 #include "metrics/system_records.hpp"
+#include "policy/duration.hpp"
 #include "policy/timestamp.hpp"
 
 namespace velmora {
@@ -42,8 +43,8 @@ class RaplMeter {
     std::optional<Timestamp> lastAt_;
 };
 
-/// Watts from two microjoule readings `seconds` apart, allowing one wrap at `maxRange`.
+/// Watts from two microjoule readings `span` apart, allowing one wrap at `maxRange`.
 std::optional<double> wattsBetween(long long previous, long long current,
-                                   std::optional<long long> maxRange, double seconds);
+                                   std::optional<long long> maxRange, Seconds span);
 
 }  // namespace velmora

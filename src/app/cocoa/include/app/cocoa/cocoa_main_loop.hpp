@@ -22,8 +22,8 @@ class CocoaMainLoop final : public MainLoop {
     CocoaMainLoop& operator=(CocoaMainLoop&&) = delete;
 
     void post(std::function<void()> work) override;
-    TimerId postAfter(double seconds, std::function<void()> work) override;
-    TimerId startRepeating(double seconds, std::function<void()> work) override;
+    TimerId postAfter(Seconds delay, std::function<void()> work) override;
+    TimerId startRepeating(Seconds interval, std::function<void()> work) override;
     void stop(TimerId id) override;
     MonoTime now() const override;
     Timestamp wallNow() const override;
@@ -34,7 +34,7 @@ class CocoaMainLoop final : public MainLoop {
     void forget(TimerId id);
 
   private:
-    TimerId addTimer(double seconds, bool repeating, std::function<void()> work);
+    TimerId addTimer(Seconds span, bool repeating, std::function<void()> work);
 
     TimerId nextId_ = 0;
     /// The run-loop timers, each held by one reference until stopped or fired.

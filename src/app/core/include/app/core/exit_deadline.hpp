@@ -4,14 +4,16 @@
 #include <mutex>
 #include <thread>
 
+#include "policy/duration.hpp"
+
 namespace velmora {
 
 /// Once the user has asked the process to end, a clean-up stuck on a stalled disk (a log
 /// line, a marker flush, a settings read) must not keep it alive: unless it is destroyed
-/// within `seconds`, the process ends with `status` without further clean-up.
+/// within `limit`, the process ends with `status` without further clean-up.
 class ExitDeadline {
   public:
-    ExitDeadline(double seconds, int status);
+    ExitDeadline(Seconds limit, int status);
     ~ExitDeadline();
     ExitDeadline(const ExitDeadline&) = delete;
     ExitDeadline& operator=(const ExitDeadline&) = delete;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "policy/duration.hpp"
 #include "policy/mono_time.hpp"
 #include "policy/sinks.hpp"
 #include "policy/timestamp.hpp"
@@ -19,10 +20,10 @@ class MainLoop {
 
     /// Runs `work` on the loop soon; callable from any thread.
     virtual void post(std::function<void()> work) = 0;
-    /// Runs `work` once on the loop after `seconds`.
-    virtual TimerId postAfter(double seconds, std::function<void()> work) = 0;
-    /// Runs `work` on the loop every `seconds` until stopped.
-    virtual TimerId startRepeating(double seconds, std::function<void()> work) = 0;
+    /// Runs `work` once on the loop after `delay`.
+    virtual TimerId postAfter(Seconds delay, std::function<void()> work) = 0;
+    /// Runs `work` on the loop every `interval` until stopped.
+    virtual TimerId startRepeating(Seconds interval, std::function<void()> work) = 0;
     /// Stops a repeating timer or a delayed post that has not run yet; unknown ids are ignored.
     virtual void stop(TimerId id) = 0;
     /// The monotonic instant that every interval is measured by.

@@ -7,6 +7,7 @@
 
 #include "metrics/live_inputs.hpp"
 #include "metrics/metrics_backend.hpp"
+#include "policy/timestamp.hpp"
 
 namespace velmora {
 
@@ -25,8 +26,8 @@ struct WatchdogFigures {
 
 /// The whole Prometheus text for one sample: every temperature with its kind, the thresholds,
 /// the level and thermal state, fans, power, CPU, memory, battery and the watchdog's figures.
-/// `sampledAt` is the sample's time in seconds since the epoch, so that a stale file shows.
+/// `sampledAt` is written as seconds since the epoch, so that a stale file shows.
 std::string fleetMetricsText(const LiveInputs& live, const WatchdogFigures& watchdog,
-                             const std::vector<ThermalLimit>& limits, double sampledAt);
+                             const std::vector<ThermalLimit>& limits, Timestamp sampledAt);
 
 }  // namespace velmora

@@ -26,10 +26,10 @@ class GlibMainLoop final : public MainLoop {
     GlibMainLoop& operator=(GlibMainLoop&&) = delete;
 
     void post(std::function<void()> work) override;
-    TimerId postAfter(double seconds, std::function<void()> work) override;
-    /// Fires on whole multiples of `seconds` on the monotonic clock, so that timers of related
+    TimerId postAfter(Seconds delay, std::function<void()> work) override;
+    /// Fires on whole multiples of `interval` on the monotonic clock, so that timers of related
     /// intervals share their wake-ups; the first run comes within one interval.
-    TimerId startRepeating(double seconds, std::function<void()> work) override;
+    TimerId startRepeating(Seconds interval, std::function<void()> work) override;
     void stop(TimerId id) override;
     MonoTime now() const override;
     Timestamp wallNow() const override;
@@ -50,7 +50,7 @@ class GlibMainLoop final : public MainLoop {
     void runPosted();
 
   private:
-    TimerId addTimeout(double seconds, bool repeating, std::function<void()> work);
+    TimerId addTimeout(Seconds span, bool repeating, std::function<void()> work);
 
     GMainContext* context_;
     GMainLoop* loop_;
