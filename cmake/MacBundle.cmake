@@ -11,16 +11,8 @@ enable_language(OBJCXX)
 # The oldest macOS the application runs on, for Info.plist (set in the top CMakeLists.txt).
 set(VELMORA_MACOS_MINIMUM ${CMAKE_OSX_DEPLOYMENT_TARGET})
 set(VELMORA_BUNDLE_NAME "Velmora Heat Monitor")
-set(cocoa ${PROJECT_SOURCE_DIR}/src/app/cocoa)
 
-add_library(velmora_cocoa STATIC
-  ${cocoa}/cocoa_cues_apple.mm
-  ${cocoa}/cocoa_main_loop_apple.mm
-  ${cocoa}/cocoa_menus_apple.mm
-  ${cocoa}/cocoa_run_apple.mm
-  ${cocoa}/cocoa_shell_apple.mm
-  ${cocoa}/platform_services_apple.cpp
-  ${cocoa}/user_defaults_apple.mm)
+add_library(velmora_cocoa STATIC ${cocoa_apple_sources})
 target_link_libraries(velmora_cocoa PUBLIC velmora_cocoa_rules velmora_app
   "-framework AppKit" "-framework WebKit" "-framework Foundation" "-framework CoreFoundation")
 velmora_target(velmora_cocoa)

@@ -1,8 +1,22 @@
 # The pages the window shows (resources/), copied beside the executable in the build tree,
 # where the executable looks first. VELMORA_PAGE_FILES lists them for the install rules.
-file(GLOB_RECURSE VELMORA_PAGE_FILES RELATIVE ${PROJECT_SOURCE_DIR}/resources CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/resources/*.html ${PROJECT_SOURCE_DIR}/resources/*.css
-  ${PROJECT_SOURCE_DIR}/resources/*.js)
+set(VELMORA_PAGE_FILES
+  index.html
+  expanded.html
+  menubar.html
+  stagec.html
+  common/bridge.js
+  common/dom.js
+  common/heat.css
+  common/home.js
+  pages/expanded.css
+  pages/expanded.js
+  pages/index.css
+  pages/index.js
+  pages/menubar.css
+  pages/menubar.js
+  pages/stagec.css
+  pages/stagec.js)
 set(page_outputs)
 foreach(page IN LISTS VELMORA_PAGE_FILES)
   add_custom_command(

@@ -1,17 +1,34 @@
-# The fuzz entry points: every fuzz/<name>_fuzz.cpp. Shared by the libFuzzer build (fuzz/) and the
-# corpus replay that the test suite runs (tests/fuzz/), so a new entry point is picked up by both.
-file(GLOB velmora_fuzz_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/*_fuzz.cpp)
-set(VELMORA_FUZZ_TARGETS)
-foreach(source IN LISTS velmora_fuzz_sources)
-  get_filename_component(name ${source} NAME_WE)
-  string(REGEX REPLACE "_fuzz$" "" name ${name})
-  # The Linux readers are built on Linux only.
-  if(name MATCHES "^linux_" AND NOT VELMORA_PLATFORM STREQUAL "linux")
-    continue()
-  endif()
-  list(APPEND VELMORA_FUZZ_TARGETS ${name})
-endforeach()
-list(SORT VELMORA_FUZZ_TARGETS)
+# The fuzz entry points, each fuzz/<name>_fuzz.cpp. Shared by the libFuzzer build (fuzz/) and the
+# corpus replay that the test suite runs (tests/fuzz/), so an entry point listed here is built by
+# both.
+set(VELMORA_FUZZ_TARGETS
+  launch_options
+  live_json
+  log_escape
+  marker_json
+  osascript_outcome
+  rfc3339
+  settings_json
+  smc_block
+  smc_reader
+  smc_temperature
+  thermal_state_name
+  utf8_check)
+# The Linux readers are built on Linux only.
+if(VELMORA_PLATFORM STREQUAL "linux")
+  list(APPEND VELMORA_FUZZ_TARGETS
+    linux_battery
+    linux_cpu_list
+    linux_label_text
+    linux_loadavg
+    linux_meminfo
+    linux_pressure
+    linux_proc_stat
+    linux_rapl
+    linux_sysfs_integer
+    linux_thermal_limits
+    linux_tree)
+endif()
 
 set(VELMORA_FUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})
 set(VELMORA_FUZZ_LIBS velmora_policy velmora_store velmora_actuators velmora_metrics velmora_app_core
