@@ -30,10 +30,11 @@ namespace testing {
 class EngineTestAccess;
 }
 
-/// The watchdog's heart. Four times a second `tick` reads the temperature, updates the stage
-/// level, runs the real countdown and any simulation, performs the effects of their events
-/// (sounds, marker, shutdown call), and returns the stage page's view. Everything runs on the
-/// owner's main thread; the shutdowner delivers its completions there too, so there are no locks.
+/// The watchdog's heart. Each `tick` (after every sample, and four times a second while a
+/// countdown or a rehearsal runs) reads the temperature, updates the stage level, runs the real
+/// countdown and any simulation, performs the effects of their events (sounds, marker, shutdown
+/// call), and returns the stage page's view. Everything runs on the owner's main thread; the
+/// shutdowner delivers its completions there too, so there are no locks.
 /// A tick never waits on the disk: the settings come from an in-memory cache, and the marker is
 /// written and removed on a thread of its own.
 ///
