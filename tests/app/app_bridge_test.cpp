@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <string>
+#include <vector>
 
 #include "app/app_harness.hpp"
 #include "app/core/bridge_scripts.hpp"
@@ -12,6 +15,12 @@ namespace {
 using namespace std::chrono_literals;
 
 using nlohmann::json;
+
+int countLiveCalls(const std::vector<std::string>& scripts) {
+    return static_cast<int>(std::count_if(scripts.begin(), scripts.end(), [](const auto& script) {
+        return script.starts_with("window.heatLive");
+    }));
+}
 
 TEST(PageBridge, MessageFromASubframeIsRejectedWhateverItsName) {
     AppHarness h;
@@ -300,18 +309,41 @@ TEST(PageBridge, RenderCarriesTheViewAndTheMode) {
     EXPECT_NE(renders.back().find("\"consentNeeded\":true"), std::string::npos);
 }
 
-TEST(PageBridge, LiveDataGoesOnlyToTheIndexPage) {
+TEST(PageBridge, LiveDataGoesToBothHomePages) {
     AppHarness h;
     h.recordConsent();
     h.launch();
     h.app->pageFinished(WebView::main);
     EXPECT_EQ(h.shell.scripts(WebView::main).back(), liveCall(h.app->presentation().liveJSON));
     h.send("size", json("expand"));
+    ASSERT_EQ(h.app->presentation().pageName, "expanded");
     h.shell.clearRecords();
     h.loop.advance(1s);
-    for (const auto& script : h.shell.scripts(WebView::main)) {
-        EXPECT_FALSE(script.starts_with("window.heatLive")) << script;
-    }
+    EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 1);
+    EXPECT_EQ(h.shell.scripts(WebView::main).back(), liveCall(h.app->presentation().liveJSON));
+}
+
+TEST(PageBridge, AnExpandedPageThatFinishedLoadingGetsTheLatestSampleAtOnce) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("size", json("expand"));
+    h.loop.advance(1s);
+    h.shell.clearRecords();
+    h.app->pageFinished(WebView::main);
+    EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 1);
+}
+
+TEST(PageBridge, StagePagesGetNoLiveData) {
+    AppHarness h;
+    h.launch({"--force-thermal", "critical", "--mute"});
+    h.loop.advance(250ms);
+    ASSERT_EQ(h.app->presentation().pageName, "stagec");
+    h.shell.clearRecords();
+    h.loop.advance(2s);
+    h.app->pageFinished(WebView::main);
+    EXPECT_FALSE(h.renders().empty());
+    EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 0);
 }
 
 TEST(PageBridge, ACountdownIsRenderedOncePerWholeSecond) {

@@ -1,12 +1,23 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <string_view>
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
 #include "app/core/bridge_scripts.hpp"
 
 namespace velmora {
+
+namespace {
+
+// Both home pages lay out the live readings: the compact one and the expanded dashboard. The
+// stage pages take everything they show from the rendered view instead.
+bool showsLiveReadings(std::string_view page) {
+    return page == "index" || page == "expanded";
+}
+
+}  // namespace
 
 void AppController::loadPage(const std::string& name) {
     const auto file = shell_.pageFile(name);
@@ -46,7 +57,7 @@ void AppController::pushRender(const nlohmann::json& view) {
 }
 
 void AppController::pushLive() {
-    if (ui_.pageName == "index") shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
+    if (showsLiveReadings(ui_.pageName)) shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
 }
 
 void AppController::pushMenu() {
