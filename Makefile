@@ -1,6 +1,13 @@
 # Thin wrapper over CMake. `make test` and `make run` install what they need first.
 BUILD    ?= build
 SANITIZE ?= OFF
+# BENCH=OFF leaves the benchmarks out, DESKTOP_TESTS=OFF the window, tray and page tests (CI's
+# sanitizer build does both); CTEST_ARGS narrows `make test`, e.g. CTEST_ARGS="-LE 'e2e|faults'".
+BENCH    ?= ON
+DESKTOP_TESTS ?= ON
+CTEST_ARGS ?=
+# `make tidy TIDY_FILES="src/a.cpp src/b.hpp"` checks only those files.
+TIDY_FILES ?=
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
 # Where `make install` puts things: /usr, as a distribution package would (the Linux texts point
 # at the polkit rule example under this prefix). DESTDIR stages the whole tree under another
@@ -21,13 +28,14 @@ deps:
 # build; `make bench` runs them from an optimised build of their own.
 configure: deps
 	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELMORA_SANITIZE=$(SANITIZE) \
-	  -DVELMORA_BUILD_BENCH=ON -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	  -DVELMORA_BUILD_BENCH=$(BENCH) -DVELMORA_DESKTOP_TESTS=$(DESKTOP_TESTS) \
+	  -DCMAKE_INSTALL_PREFIX=$(PREFIX)
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 test: build
-	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 # On a desktop this opens the window, without a display it is the headless watchdog; ARGS
 # adds switches, e.g.
@@ -70,7 +78,7 @@ format-check:
 	scripts/format --check
 
 tidy: configure
-	JOBS=$(JOBS) scripts/tidy $(BUILD)
+	JOBS=$(JOBS) scripts/tidy $(BUILD) $(TIDY_FILES)
 
 clean:
 	rm -rf $(BUILD) $(BUILD)-bench $(BUILD)-asan $(FUZZ_BUILD)

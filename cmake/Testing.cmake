@@ -11,8 +11,8 @@ enable_testing()
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-# One test executable per subsystem, discovered test by test by CTest. A suite sees the
-# headers of the libraries it links and the shared helpers in tests/, nothing else.
+# One test executable per subsystem, discovered test by test by CTest and labelled "unit". A
+# suite sees the headers of the libraries it links and the shared helpers in tests/, nothing else.
 function(velmora_add_test_suite name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -21,6 +21,7 @@ function(velmora_add_test_suite name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   gtest_discover_tests(${name}
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
-    PROPERTIES ENVIRONMENT "VELMORA_SOURCE_DIR=${PROJECT_SOURCE_DIR};VELMORA_BUILD_DIR=${PROJECT_BINARY_DIR}"
+    PROPERTIES LABELS unit
+      ENVIRONMENT "VELMORA_SOURCE_DIR=${PROJECT_SOURCE_DIR};VELMORA_BUILD_DIR=${PROJECT_BINARY_DIR}"
     DISCOVERY_TIMEOUT 60)
 endfunction()

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "actuators/log_recorder.hpp"
-#include "actuators/manual_queue.hpp"
+#include "support/manual_queue.hpp"
 #include "actuators/script_runner.hpp"
 #include "actuators/standins.hpp"
 #include "support/temp_dir.hpp"

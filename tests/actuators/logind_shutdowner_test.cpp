@@ -12,7 +12,7 @@
 #include "actuators/fake_logind.hpp"
 #include "actuators/linux/logind_calls.hpp"
 #include "actuators/log_recorder.hpp"
-#include "actuators/manual_queue.hpp"
+#include "support/manual_queue.hpp"
 #include "actuators/private_bus.hpp"
 
 namespace velmora {

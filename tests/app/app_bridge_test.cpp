@@ -291,7 +291,7 @@ TEST(PageBridge, StageEnteredExtremeChimesOnlyWhenNotAnnouncedYet) {
     h.send("heat", h.withToken("stageEnteredExtreme"));
     EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
     // The window announces the stage itself (with a chime of its own) when the heat reaches it.
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);
     ASSERT_EQ(h.app->presentation().lastAnnounced, AlertStage::extreme);
     const int chimes = h.countLines("sound: soft chime (muted)");

@@ -14,29 +14,6 @@ namespace velmora::testing {
 
 namespace {
 
-class ScriptedBackend final : public MetricsBackend {
-  public:
-    explicit ScriptedBackend(std::shared_ptr<ScriptedReadings> readings)
-        : readings_(std::move(readings)) {}
-
-    void prime(Timestamp /*now*/) override {}
-    LiveInputs sample(Timestamp /*now*/) override {
-        ++readings_->samples;
-        LiveInputs raw;
-        raw.thermal = readings_->thermal;
-        raw.cpuTemp = readings_->cpuTemp;
-        raw.cpuBusy = readings_->cpuBusy;
-        raw.batteryTemp = readings_->batteryTemp;
-        raw.cores = 4;
-        return raw;
-    }
-    std::string sensorSummary() override { return "scripted sensors: 0 found"; }
-    MetricSources sources() const override { return {}; }
-
-  private:
-    std::shared_ptr<ScriptedReadings> readings_;
-};
-
 /// Lets the harness keep the preferences it hands to the controller.
 class SharedPreferences final : public PreferenceStore {
   public:
@@ -56,6 +33,14 @@ class SharedPreferences final : public PreferenceStore {
 constexpr std::size_t timestampWidth = 24;  // "yyyy-MM-dd HH:mm:ss.SSS "
 
 }  // namespace
+
+std::shared_ptr<ScriptedState> scriptedReadings() {
+    auto state = std::make_shared<ScriptedState>();
+    state->summary = "scripted sensors: 0 found";
+    state->sources = {};
+    state->repeat.cores = 4;
+    return state;
+}
 
 void RecordingShutdowner::shutdown(ShutdownCompletion completion) {
     ++shutdownCalls;

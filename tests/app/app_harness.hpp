@@ -11,18 +11,14 @@
 #include "app/core/file_preferences.hpp"
 #include "app/fake_shell.hpp"
 #include "app/manual_loop.hpp"
+#include "support/recording_sounder.hpp"
+#include "support/scripted_backend.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora::testing {
 
-/// What the fake metrics backend reports; the test changes it between samples.
-struct ScriptedReadings {
-    ThermalState thermal = ThermalState::nominal;
-    std::optional<TempReading> cpuTemp;
-    std::optional<double> cpuBusy;
-    std::optional<TempReading> batteryTemp;
-    int samples = 0;
-};
+/// The fake backend's readings as the controller tests start them: nothing hot, four cores.
+std::shared_ptr<ScriptedState> scriptedReadings();
 
 /// A shutdowner that records its calls and answers as the test says, at once.
 class RecordingShutdowner final : public Shutdowner {
@@ -34,14 +30,6 @@ class RecordingShutdowner final : public Shutdowner {
     int probeCalls = 0;
     std::optional<ShutdownError> shutdownAnswer;
     AutomationOutcome probeAnswer = AutomationOutcome::granted();
-};
-
-class RecordingSounder final : public Sounder {
-  public:
-    void alarm() override { cues.emplace_back("alarm"); }
-    void urgent() override { cues.emplace_back("urgent"); }
-    void tick() override { cues.emplace_back("tick"); }
-    std::vector<std::string> cues;
 };
 
 /// A controller on a fake shell, a manual loop, a fake backend and a fresh data directory.
@@ -76,7 +64,8 @@ class AppHarness {
     ManualLoop loop;
     TempDir tmp{"app"};
     std::filesystem::path dir = tmp.path();
-    std::shared_ptr<ScriptedReadings> readings = std::make_shared<ScriptedReadings>();
+    /// What the fake backend reports: `readings->repeat`, which a test changes between samples.
+    std::shared_ptr<ScriptedState> readings = scriptedReadings();
     std::shared_ptr<RecordingShutdowner> realShutdowner = std::make_shared<RecordingShutdowner>();
     std::shared_ptr<RecordingSounder> systemSounder = std::make_shared<RecordingSounder>();
     std::shared_ptr<MemoryPreferences> preferences = std::make_shared<MemoryPreferences>();

@@ -77,12 +77,12 @@ TEST(MenuBar, WithoutACpuTemperatureTheHeatItemReadsTheLabelAndThePlaceholder) {
 
 TEST(MenuBar, HeatItemRoundsTheTemperatureAndColoursTheLevel) {
     AppHarness h;
-    h.readings->cpuTemp = TempReading{71.5, "hwmon coretemp Package id 0"};
-    h.readings->thermal = ThermalState::fair;
+    h.readings->repeat.cpuTemp = TempReading{71.5, "hwmon coretemp Package id 0"};
+    h.readings->repeat.thermal = ThermalState::fair;
     h.launch();
     EXPECT_EQ(h.shell.heatTitle->first, "WARM · 72°");
     EXPECT_EQ(h.shell.heatTitle->second, HeatColor::yellow);
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);
     EXPECT_EQ(h.shell.heatTitle->first, "EXTREME HEAT · 72°");
     EXPECT_EQ(h.shell.heatTitle->second, HeatColor::red);
@@ -103,8 +103,8 @@ TEST(MenuBar, FirstSampleIsLoggedTheSecondToTenthAreNotTheEleventhIs) {
 
 TEST(MenuBar, SummaryLineNamesEveryField) {
     AppHarness h;
-    h.readings->cpuBusy = 12.4;
-    h.readings->cpuTemp = TempReading{55.9, "hwmon k10temp Tctl"};
+    h.readings->repeat.cpuBusy = 12.4;
+    h.readings->repeat.cpuTemp = TempReading{55.9, "hwmon k10temp Tctl"};
     h.launch({"--force-thermal", "critical", "--dry-run-shutdown"});
     const auto lines = h.logLines();
     const auto summary = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {

@@ -39,7 +39,7 @@ TEST(StagePresentation, LevelThreeOnTheHomePageExpandsChimesOnceAndAnnounces) {
     h.recordConsent();
     auto& app = h.launch();
     h.shell.clearRecords();
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);  // the next sample sees it, the next tick acts on it
     EXPECT_EQ(app.presentation().liveStage, AlertStage::extreme);
     EXPECT_TRUE(app.presentation().isExpanded);
@@ -60,7 +60,7 @@ TEST(StagePresentation, MutedChimeIsLogged) {
     AppHarness h;
     h.recordConsent();
     h.launch({"--mute"});
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);
     EXPECT_TRUE(h.shell.sounds.empty());
     EXPECT_EQ(h.countLines("sound: soft chime (muted)"), 1);
@@ -71,7 +71,7 @@ TEST(StagePresentation, LevelFourWithoutADemoExpandsAndAnnouncesButPlaysNothingN
     h.recordConsent(false);  // consent given, auto-shutdown off: no countdown, home stays
     auto& app = h.launch();
     h.shell.clearRecords();
-    h.readings->thermal = ThermalState::critical;
+    h.readings->repeat.thermal = ThermalState::critical;
     h.loop.advance(1s);
     EXPECT_EQ(app.presentation().mode, UIMode::home);
     EXPECT_EQ(app.presentation().liveStage, AlertStage::emergency);
@@ -90,7 +90,7 @@ TEST(StagePresentation, CollapseRequestDuringAnExtremeStageLeavesTheWindowLarge)
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);
     h.shell.clearRecords();
     h.send("size", json("collapse"));
@@ -173,10 +173,10 @@ TEST(StagePresentation, StageFallingBackToNoneReloadsTheHomePageItWasOn) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch();
-    h.readings->thermal = ThermalState::serious;
+    h.readings->repeat.thermal = ThermalState::serious;
     h.loop.advance(1s);
     h.shell.clearRecords();
-    h.readings->thermal = ThermalState::nominal;
+    h.readings->repeat.thermal = ThermalState::nominal;
     h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveStage, AlertStage::none);
     // Still expanded: the stage made it large and nothing collapsed it.

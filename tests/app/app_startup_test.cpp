@@ -37,7 +37,7 @@ TEST(AppStartup, LogsBannerSensorAndLiveLinesFirst) {
 
 TEST(AppStartup, LiveLineSaysWhenABatteryTemperatureCanBeRead) {
     AppHarness h;
-    h.readings->batteryTemp = TempReading{31, "hwmon BAT0"};
+    h.readings->repeat.batteryTemp = TempReading{31, "hwmon BAT0"};
     h.launch();
     EXPECT_TRUE(h.logged("live: scripted sensors: 0 found; battery temp available"));
 }
@@ -178,11 +178,11 @@ TEST(AppStartup, ACalmWatchdogSamplesOnceASecondAndTicksWithEachSample) {
     h.recordConsent();
     auto& app = h.launch();
     EXPECT_EQ(app.presentation().liveCount, 1);
-    const auto samplesAtStart = h.readings->samples;
+    const auto samplesAtStart = h.readings->samplesTaken;
     const auto statusesAtStart = h.shell.statuses.size();
     h.loop.advance(1s);
     EXPECT_EQ(app.presentation().liveCount, 2);
-    EXPECT_EQ(h.readings->samples, samplesAtStart + 1);
+    EXPECT_EQ(h.readings->samplesTaken, samplesAtStart + 1);
     // The sample and the one tick that follows it each report the status.
     EXPECT_EQ(h.shell.statuses.size(), statusesAtStart + 2);
 }
@@ -202,10 +202,10 @@ TEST(AppStartup, TheQuickTicksStopWhenTheEmergencyIsOver) {
     AppHarness h;
     h.recordConsent();
     auto& app = h.launch({"--mute"});
-    h.readings->thermal = ThermalState::critical;
+    h.readings->repeat.thermal = ThermalState::critical;
     h.loop.advance(3s);
     ASSERT_EQ(app.presentation().mode, UIMode::count);
-    h.readings->thermal = ThermalState::nominal;
+    h.readings->repeat.thermal = ThermalState::nominal;
     h.loop.advance(3s);  // the countdown is called off and the window goes home
     ASSERT_EQ(app.presentation().mode, UIMode::home);
     const auto statusesBefore = h.shell.statuses.size();
@@ -232,10 +232,10 @@ TEST(AppStartup, NothingRunsOnceTheControllerIsGone) {
     AppHarness h;
     h.launch();
     h.app.reset();
-    const auto samples = h.readings->samples;
+    const auto samples = h.readings->samplesTaken;
     const auto evaluations = h.shell.evaluations.size();
     h.loop.advance(30s);
-    EXPECT_EQ(h.readings->samples, samples);
+    EXPECT_EQ(h.readings->samplesTaken, samples);
     EXPECT_EQ(h.shell.evaluations.size(), evaluations);
     EXPECT_EQ(h.loop.pending(), 0U);
 }

@@ -29,7 +29,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
     tickThrough(0, 7);
     writeMarkerText("left behind");
     takeLines();
-    sounder->sounds.clear();
+    sounder->cues.clear();
     engine->cancel(at(7));
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: user pressed Keep working · Cancel during the countdown",
@@ -38,7 +38,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
     EXPECT_FALSE(markerExists());
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
     EXPECT_EQ(engine->view(at(7))["graceSecs"], 300);
-    EXPECT_TRUE(sounder->sounds.empty());  // the machine's cancel event is not acted on
+    EXPECT_TRUE(sounder->cues.empty());  // the machine's cancel event is not acted on
     tickAt(7.25);
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{stateLine("countdown", "grace", kCriticalEnabled)}));
@@ -46,7 +46,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
     tickAt(306.75);
     EXPECT_TRUE(takeLines().empty());
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
-    EXPECT_EQ(sounder->sounds.size(), 20U);  // stage B holds: the alarm every 15 s of grace
+    EXPECT_EQ(sounder->cues.size(), 20U);  // stage B holds: the alarm every 15 s of grace
     tickAt(307);
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c: event grace-end remaining=0",

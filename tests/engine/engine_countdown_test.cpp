@@ -38,7 +38,7 @@ TEST_F(EngineCountdown, CriticalWithConsentCountsDownWithCuesAndCallsTheShutdown
                   "stage-c: countdown reached 0; calling the shutdown (osascript System Events)",
                   stateLine("countdown", "fired", kCriticalEnabled),
               }));
-    EXPECT_EQ(sounder->sounds,
+    EXPECT_EQ(sounder->cues,
               (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
     EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     EXPECT_EQ(shutdowner->shutdownCalls, 1);
@@ -54,9 +54,9 @@ TEST_F(EngineCountdown, CuesFallOnTheSecondsTheyName) {
         tickAt(second);
         const bool cueSecond = second == 5 || second >= 7;  // 5, 3, 2 and 1 left
         const std::size_t ticks = second < 5 ? 0 : (second < 7 ? 1 : second - 5);
-        EXPECT_EQ(sounder->sounds.size(), 1 + ticks) << "at t=" << second;
+        EXPECT_EQ(sounder->cues.size(), 1 + ticks) << "at t=" << second;
         if (cueSecond) {
-            EXPECT_EQ(sounder->sounds.back(), "tick") << "at t=" << second;
+            EXPECT_EQ(sounder->cues.back(), "tick") << "at t=" << second;
         }
     }
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
@@ -72,7 +72,7 @@ TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery1
     EXPECT_EQ(takeLines(),  // the state never changes
               (std::vector<std::string>{"stage-c: settings changed: autoShutdown=true "
                                         "consentRecorded=false enabled=false"}));
-    EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
     EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(30));
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
@@ -84,9 +84,9 @@ TEST_F(EngineCountdown, AlarmWaitsTheFullIntervalBetweenRepeats) {
     withdrawConsent();
     tickAt(0);
     tickAt(14.999);
-    EXPECT_EQ(sounder->sounds.size(), 1U);
+    EXPECT_EQ(sounder->cues.size(), 1U);
     tickAt(15);
-    EXPECT_EQ(sounder->sounds.size(), 2U);
+    EXPECT_EQ(sounder->cues.size(), 2U);
 }
 
 TEST_F(EngineCountdown, StageBEndingAt4SecondsLeftAbortsAndClearsTheMarker) {
@@ -126,7 +126,7 @@ TEST_F(EngineCountdown, TicksMoreThan5SecondsApartRestartTheCountdown) {
     EXPECT_FALSE(markerExists());
     EXPECT_EQ(view["remaining"], 10);
     EXPECT_EQ(engine->snapshot().real.deadline, at(16.001));
-    EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"urgent", "urgent"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "urgent"}));
     tickAt(15.9);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
 }
@@ -135,7 +135,7 @@ TEST_F(EngineCountdown, TicksExactly5SecondsApartDoNotRestart) {
     tickAt(0);
     tickAt(5);
     EXPECT_EQ(engine->snapshot().real.deadline, at(10));
-    EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"urgent", "tick"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick"}));
 }
 
 TEST_F(EngineCountdown, PeakFollowsTheHighestCriticalReading) {
@@ -158,7 +158,7 @@ TEST_F(EngineCountdown, AnAbsentReadingIsNeitherCalmNorCritical) {
     const auto view = tickAt(0);
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
     EXPECT_FALSE(engine->snapshot().level.has_value());
-    EXPECT_TRUE(sounder->sounds.empty());
+    EXPECT_TRUE(sounder->cues.empty());
     EXPECT_EQ(view["level"], -1);
 }
 

@@ -4,14 +4,6 @@
 
 namespace velmora::testing {
 
-void ManualQueue::runAll() {
-    while (!pending_.empty()) {
-        auto work = std::move(pending_.front());
-        pending_.pop_front();
-        work();
-    }
-}
-
 void ScriptedShutdowner::shutdown(ShutdownCompletion completion) {
     ++shutdownCalls;
     answer(shutdownAnswer,

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "actuators/shutdowner.hpp"
-#include "actuators/sounder.hpp"
 #include "policy/temp_sensor.hpp"
+#include "support/manual_queue.hpp"
+#include "support/recording_sounder.hpp"
 
 namespace velmora::testing {
 
@@ -17,27 +17,6 @@ class ScriptedSensor final : public TempSensor {
   public:
     std::optional<double> readC() override { return reading; }
     std::optional<double> reading;
-};
-
-/// Remembers the cues in the order they were played: "alarm", "urgent", "tick".
-class RecordingSounder final : public Sounder {
-  public:
-    void alarm() override { sounds.emplace_back("alarm"); }
-    void urgent() override { sounds.emplace_back("urgent"); }
-    void tick() override { sounds.emplace_back("tick"); }
-    std::vector<std::string> sounds;
-};
-
-/// Stands in for the main loop: work posted here runs only when the test says so.
-class ManualQueue {
-  public:
-    void post(std::function<void()> work) { pending_.push_back(std::move(work)); }
-    /// Runs everything posted so far, and whatever that posts in turn.
-    void runAll();
-    [[nodiscard]] std::size_t size() const { return pending_.size(); }
-
-  private:
-    std::deque<std::function<void()>> pending_;
 };
 
 /// When a scripted answer arrives.

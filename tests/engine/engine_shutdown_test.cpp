@@ -27,7 +27,7 @@ class EngineShutdown : public EngineScenario {
         tickThrough(0, 10);
         ASSERT_EQ(shutdowner->shutdownCalls, 1);
         takeLines();
-        sounder->sounds.clear();
+        sounder->cues.clear();
     }
 };
 
@@ -66,7 +66,7 @@ TEST_F(EngineShutdown, RefusalArrivingLaterMeasuresGraceFromTheLatestTick) {
     queue.runAll();  // the answer comes in between two ticks
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
     EXPECT_EQ(engine->snapshot().real.graceUntil, at(310.5));
-    EXPECT_EQ(sounder->sounds, (std::vector<std::string>{"urgent"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent"}));
     EXPECT_FALSE(markerExists());
 }
 
@@ -154,7 +154,7 @@ TEST_F(EngineShutdown, AnswerAfterTheEngineIsGoneDoesNothing) {
     engine.reset();
     queue.runAll();
     EXPECT_TRUE(takeLines().empty());
-    EXPECT_TRUE(sounder->sounds.empty());
+    EXPECT_TRUE(sounder->cues.empty());
 }
 
 TEST_F(EngineShutdown, ProbeAnswerAfterTheEngineIsGoneDoesNothing) {

@@ -24,7 +24,7 @@ TEST_F(EngineSimulation, LeadInThenCountdownThenCompletionWithoutMarkerOrShutdow
     EXPECT_EQ(takeLines(), (std::vector<std::string>{kSimStarted}));
     tickThrough(0, 3.75);
     EXPECT_TRUE(takeLines().empty());  // the lead-in
-    EXPECT_TRUE(sounder->sounds.empty());
+    EXPECT_TRUE(sounder->cues.empty());
     tickThrough(4, 14);
     EXPECT_EQ(takeLines(), (std::vector<std::string>{
                                "stage-c SIMULATION: event countdown-start remaining=10",
@@ -35,7 +35,7 @@ TEST_F(EngineSimulation, LeadInThenCountdownThenCompletionWithoutMarkerOrShutdow
                                "stage-c SIMULATION: event sim-complete remaining=0",
                                "stage-c SIMULATION: complete. shutdown was NOT called.",
                            }));
-    EXPECT_EQ(sounder->sounds,
+    EXPECT_EQ(sounder->cues,
               (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
     EXPECT_EQ(engine->snapshot().sim->state, CountdownState::done);
     EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
@@ -77,10 +77,10 @@ TEST_F(EngineSimulation, SimulationCountingDownMutesTheStageBAlarm) {
     tickAt(0);
     engine->startSim(at(5));
     tickThrough(5, 19);  // its countdown runs from 9 to 19, over the alarm's repeat at 15
-    EXPECT_EQ(sounder->sounds,
+    EXPECT_EQ(sounder->cues,
               (std::vector<std::string>{"alarm", "urgent", "tick", "tick", "tick", "tick"}));
     tickAt(19.25);  // the rehearsal is done: the overdue alarm sounds
-    EXPECT_EQ(sounder->sounds.back(), "alarm");
+    EXPECT_EQ(sounder->cues.back(), "alarm");
     EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(19.25));
 }
 

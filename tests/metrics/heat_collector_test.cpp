@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "metrics/fakes/scripted_backend.hpp"
+#include "support/scripted_backend.hpp"
 #include "metrics/live_names.hpp"
 
 namespace velmora {

@@ -4,19 +4,21 @@
 
 #include <atomic>
 #include <chrono>
-#include <deque>
+#include <condition_variable>
+#include <cstdint>
 #include <future>
 #include <mutex>
-#include <thread>
 
 #include "metrics/read_watch.hpp"
+#include "support/manual_queue.hpp"
 
 namespace velmora {
 namespace {
 
 using namespace std::chrono_literals;
 
-/// What the fake backends of one test share: whether the next sample hangs, and its release.
+/// What the fake backends of one test share: whether the next sample hangs, and its release;
+/// how many samples were taken and whether one is hanging now, for the test to wait on.
 struct Gate {
     std::atomic<bool> hangNext{false};
     std::promise<void> release;
@@ -24,6 +26,42 @@ struct Gate {
     std::atomic<int> built{0};
     std::atomic<int> assumedCritical{0};
     std::atomic<ThermalState> thermal{ThermalState::critical};
+
+    void sampling() {
+        changed([this] { ++samples_; });
+    }
+    void hanging() {
+        changed([this] { hanging_ = true; });
+    }
+    int samples() {
+        std::lock_guard lock(mutex_);
+        return samples_;
+    }
+    /// Waits until `count` samples in all have begun; false after five seconds.
+    bool awaitSamples(int count) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 5s, [&] { return samples_ >= count; });
+    }
+    /// Waits until a sample is inside its hanging read; false after five seconds.
+    bool awaitHanging() {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 5s, [&] { return hanging_; });
+    }
+
+  private:
+    template <typename Change>
+    void changed(Change change) {
+        {
+            std::lock_guard lock(mutex_);
+            change();
+        }
+        changed_.notify_all();
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int samples_ = 0;
+    bool hanging_ = false;
 };
 
 class HangingBackend final : public MetricsBackend {
@@ -31,8 +69,10 @@ class HangingBackend final : public MetricsBackend {
     explicit HangingBackend(std::shared_ptr<Gate> gate) : gate_(std::move(gate)) {}
     void prime(Timestamp /*now*/) override {}
     LiveInputs sample(Timestamp /*now*/) override {
+        gate_->sampling();
         if (gate_->hangNext.exchange(false)) {
             const ReadWatch::Scope reading(path_);
+            gate_->hanging();
             gate_->released.wait();
         }
         LiveInputs in;
@@ -50,48 +90,30 @@ class HangingBackend final : public MetricsBackend {
     std::string path_ = "/sys/class/hwmon/hwmon7/temp1_input";
 };
 
-/// Work posted from the sampling thread, run by the test as its loop.
-class PostedWork {
-  public:
-    Post poster() {
-        return [this](std::function<void()> work) {
-            std::lock_guard lock(mutex_);
-            work_.push_back(std::move(work));
-        };
-    }
-    int runAll() {
-        std::deque<std::function<void()>> due;
-        {
-            std::lock_guard lock(mutex_);
-            due.swap(work_);
-        }
-        for (auto& work : due)
-            work();
-        return static_cast<int>(due.size());
-    }
-
-  private:
-    std::mutex mutex_;
-    std::deque<std::function<void()>> work_;
-};
-
 struct Rig {
     std::shared_ptr<Gate> gate = std::make_shared<Gate>();
-    PostedWork loop;
+    testing::ManualQueue loop;
     std::vector<std::string> lines;
     std::vector<LiveDelivery> delivered;
     std::unique_ptr<LiveSampler> sampler;
 
+    /// The sampler's monotonic clock runs this far ahead of the real one: a test steps it past
+    /// the hang limit instead of waiting for it.
+    std::shared_ptr<std::atomic<std::int64_t>> aheadMs =
+        std::make_shared<std::atomic<std::int64_t>>(0);
+
     Rig() {
         auto shared = gate;
+        auto ahead = aheadMs;
         sampler = std::make_unique<LiveSampler>(
             [shared] {
                 ++shared->built;
                 return std::make_unique<HeatCollector>(std::make_unique<HangingBackend>(shared),
                                                        Timestamp::fromSeconds(0));
             },
-            loop.poster(), [this](const LiveDelivery& d) { delivered.push_back(d); },
-            [this](const std::string& line) { lines.push_back(line); });
+            loop.post(), [this](const LiveDelivery& d) { delivered.push_back(d); },
+            [this](const std::string& line) { lines.push_back(line); },
+            [ahead] { return MonoTime::now() + std::chrono::milliseconds(ahead->load()); });
     }
     ~Rig() {
         gate->release.set_value();
@@ -100,16 +122,19 @@ struct Rig {
     Rig(const Rig&) = delete;
     Rig& operator=(const Rig&) = delete;
 
-    // Runs the posted work until something is delivered, for at most two seconds.
+    // Runs the posted work until something is delivered, for at most five seconds.
     bool awaitDelivery() {
-        const auto until = std::chrono::steady_clock::now() + 2s;
+        const auto until = std::chrono::steady_clock::now() + 5s;
         const std::size_t before = delivered.size();
         while (delivered.size() == before && std::chrono::steady_clock::now() < until) {
-            loop.runAll();
-            std::this_thread::sleep_for(10ms);
+            loop.runNext(std::chrono::duration_cast<std::chrono::milliseconds>(
+                until - std::chrono::steady_clock::now()));
         }
         return delivered.size() > before;
     }
+
+    // Moves the sampler's clock on by `step`.
+    void stepClock(std::chrono::milliseconds step) { *aheadMs += step.count(); }
 };
 
 TEST(LiveSampler, TheFirstSampleComesWithTheSummary) {
@@ -135,7 +160,9 @@ TEST(LiveSampler, AHungReadIsAbandonedAndSamplingGoesOnWithoutIt) {
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
     rig.gate->hangNext = true;
     rig.sampler->request();  // this sample hangs in its read
-    std::this_thread::sleep_for(LiveSampler::hangAfter + 300ms);
+    ASSERT_TRUE(rig.gate->awaitHanging());
+    EXPECT_FALSE(rig.sampler->replaceIfHung());  // not yet
+    rig.stepClock(LiveSampler::hangAfter + 1ms);
     EXPECT_EQ(rig.loop.runAll(), 0);  // nothing came back
     // The last sample still holds while the hung one is given up.
     EXPECT_EQ(rig.sampler->currentThermal(MonoTime::now()), ThermalState::critical);
@@ -176,7 +203,8 @@ TEST(LiveSampler, OnItsOwnTimeAHungReadIsFoundByTheLoopAndTheNewThreadKeepsTheTi
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
     rig.gate->hangNext = true;
     rig.sampler->sampleEvery(100ms);  // its next sample hangs in its read
-    std::this_thread::sleep_for(LiveSampler::hangAfter + 500ms);
+    ASSERT_TRUE(rig.gate->awaitHanging());
+    rig.stepClock(LiveSampler::hangAfter + 1ms);
     EXPECT_TRUE(rig.sampler->replaceIfHung());
     EXPECT_EQ(rig.sampler->restarts(), 1);
     rig.loop.runAll();
@@ -205,7 +233,8 @@ TEST(LiveSampler, AQuietSamplerPostsAChangeOfTheThermalStateAtOnce) {
     ASSERT_TRUE(rig.sampler->awaitFirst(2s).has_value());
     rig.sampler->postEvery(1000000);
     rig.sampler->sampleEvery(20ms);
-    std::this_thread::sleep_for(200ms);
+    // Once a third sample has begun, the two before it are finished and were not posted.
+    ASSERT_TRUE(rig.gate->awaitSamples(rig.gate->samples() + 3));
     EXPECT_EQ(rig.loop.runAll(), 0);  // nothing changed, nothing posted
     rig.gate->thermal = ThermalState::nominal;
     ASSERT_TRUE(rig.awaitDelivery());

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "metrics/live_names.hpp"
 
@@ -46,8 +47,9 @@ std::shared_ptr<SystemdNotifier> SystemdNotifier::fromEnvironment() {
     return std::make_shared<SystemdNotifier>(interval);
 }
 
-SystemdNotifier::SystemdNotifier(std::optional<std::chrono::microseconds> watchdogInterval)
-    : watchdogInterval_(watchdogInterval) {}
+SystemdNotifier::SystemdNotifier(std::optional<std::chrono::microseconds> watchdogInterval,
+                                 Clock clock)
+    : watchdogInterval_(watchdogInterval), clock_(std::move(clock)) {}
 
 SystemdNotifier::~SystemdNotifier() {
     static_cast<void>(sd_notify(0, "STOPPING=1"));
@@ -57,7 +59,7 @@ void SystemdNotifier::ticked(const nlohmann::json& view) {
     const auto stage = view.find("stage");
     if (stage != view.end() && stage->is_string()) stage_ = stage->get<std::string>();
     if (!watchdogInterval_ || !ready_) return;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = clock_();
     if (lastPing_ && now - *lastPing_ < *watchdogInterval_ / kPingsPerInterval) return;
     lastPing_ = now;
     static_cast<void>(sd_notify(0, "WATCHDOG=1"));

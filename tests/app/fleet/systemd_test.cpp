@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <thread>
 
 #include "app/linux/journal_mirror.hpp"
 #include "app/linux/systemd_notifier.hpp"
@@ -82,18 +81,23 @@ TEST(SystemdNotifier, IsReadyAfterTheFirstSampleAndReportsChangesOfStatusOnly) {
 
 TEST(SystemdNotifier, PingsTheWatchdogFromTicksOnceReadyAtAQuarterOfItsInterval) {
     NotifySocket socket;
-    SystemdNotifier notifier(std::chrono::milliseconds(400));
+    std::chrono::steady_clock::time_point now{std::chrono::seconds(50)};
+    SystemdNotifier notifier(std::chrono::milliseconds(400), [&now] { return now; });
     notifier.ticked(stage("NORMAL"));
     EXPECT_EQ(socket.next(), "");  // not before READY=1
     notifier.sampled(LiveInputs{}, Timestamp::fromSeconds(1));
     EXPECT_EQ(socket.next(), "READY=1\nSTATUS=NORMAL · no temperature · thermal Nominal");
     notifier.ticked(stage("NORMAL"));
     EXPECT_EQ(socket.next(), "WATCHDOG=1");
+    now += std::chrono::milliseconds(99);
     notifier.ticked(stage("NORMAL"));
     EXPECT_EQ(socket.next(), "");  // too soon
-    std::this_thread::sleep_for(std::chrono::milliseconds(120));
+    now += std::chrono::milliseconds(1);
     notifier.ticked(stage("NORMAL"));
     EXPECT_EQ(socket.next(), "WATCHDOG=1");
+    now += std::chrono::milliseconds(50);
+    notifier.ticked(stage("NORMAL"));
+    EXPECT_EQ(socket.next(), "");  // counted from the last ping
 }
 
 TEST(SystemdNotifier, ComesOnlyWithANotificationSocketAndTakesTheWatchdogInterval) {

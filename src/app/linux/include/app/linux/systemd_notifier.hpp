@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,11 @@ class SystemdNotifier final : public WatchdogObserver {
     /// Nothing when the process was not started by systemd with a notification socket.
     static std::shared_ptr<SystemdNotifier> fromEnvironment();
 
-    explicit SystemdNotifier(std::optional<std::chrono::microseconds> watchdogInterval);
+    /// Where the keep-alive's intervals are measured: the steady clock, or a test's own.
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+    explicit SystemdNotifier(std::optional<std::chrono::microseconds> watchdogInterval,
+                             Clock clock = &std::chrono::steady_clock::now);
     /// Says that the service is stopping.
     ~SystemdNotifier() override;
     SystemdNotifier(const SystemdNotifier&) = delete;
@@ -32,6 +37,7 @@ class SystemdNotifier final : public WatchdogObserver {
 
   private:
     std::optional<std::chrono::microseconds> watchdogInterval_;
+    Clock clock_;
     std::optional<std::chrono::steady_clock::time_point> lastPing_;
     std::string stage_ = "n/a";
     std::string status_;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -10,16 +11,18 @@
 
 namespace velmora::testing {
 
-/// Stands in for the owner's main loop: work posted from any thread waits here until the test
+/// Stands in for the owner's main loop: work posted here, from any thread, waits until the test
 /// thread runs it.
 class ManualQueue {
   public:
+    /// A `Post` that queues work here, for the code under test.
     Post post() {
-        return [this](std::function<void()> work) {
-            const std::lock_guard lock(mutex_);
-            pending_.push_back(std::move(work));
-            arrived_.notify_all();
-        };
+        return [this](std::function<void()> work) { post(std::move(work)); };
+    }
+    void post(std::function<void()> work) {
+        const std::lock_guard lock(mutex_);
+        pending_.push_back(std::move(work));
+        arrived_.notify_all();
     }
 
     /// Runs the next posted piece of work on the calling thread; false when none arrived within
@@ -34,13 +37,22 @@ class ManualQueue {
         return true;
     }
 
-    std::size_t size() {
+    /// Runs everything posted so far, and whatever that posts in turn, without waiting; how many
+    /// pieces of work ran.
+    int runAll() {
+        int ran = 0;
+        for (; size() > 0; ++ran)
+            runNext();
+        return ran;
+    }
+
+    [[nodiscard]] std::size_t size() const {
         const std::lock_guard lock(mutex_);
         return pending_.size();
     }
 
   private:
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable arrived_;
     std::deque<std::function<void()>> pending_;
 };
