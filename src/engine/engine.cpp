@@ -17,7 +17,7 @@ namespace {
 
 std::string thresholdsLine(const Alerter& alerter, const PlatformTexts& words) {
     const std::string promotion =
-        alerter.promoteSustainedExtreme ? "ON" : "OFF: only the OS critical state reaches B";
+        alerter.promotesSustainedExtreme() ? "ON" : "OFF: only the OS critical state reaches B";
     return "stage-c: thresholds: stageA=" + integerPart(watchdog::extremeC) +
            "C stageB=" + integerPart(watchdog::criticalC) +
            "C (countdown starts immediately at B; timed A->B promotion " + promotion +
@@ -115,7 +115,7 @@ nlohmann::json Engine::tick(MonoTime now) {
         manual_.reset();
     }
     if (critical && tempC_ && *tempC_ > peak_) peak_ = *tempC_;
-    if (!critical && real_.state == CountdownState::idle) peak_ = 0;
+    if (!critical && real_.state() == CountdownState::idle) peak_ = 0;
     for (const CountdownEvent& event : real_.step(now, CountdownInput{critical, calm, enabled})) {
         handle(event, now, false);
     }
@@ -151,7 +151,7 @@ void Engine::noteSettingsProblem(const std::optional<std::string>& problem) {
 }
 
 void Engine::soundEmergencyAlarm(MonoTime now) {
-    const bool simCounting = sim_ && sim_->state == CountdownState::countdown;
+    const bool simCounting = sim_ && sim_->state() == CountdownState::countdown;
     if (level_ != Level::blowout || realRunning() || simCounting) return;
     const bool alarmedRecently =
         lastEmergencyAlarm_ && now - *lastEmergencyAlarm_ < watchdog::emergencyAlarmInterval;
@@ -161,16 +161,16 @@ void Engine::soundEmergencyAlarm(MonoTime now) {
 }
 
 void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
-    if (real_.state != lastLoggedState_) {
+    if (real_.state() != lastLoggedState_) {
         emit("stage-c: state " + std::string(rawValue(lastLoggedState_)) + " -> " +
-             std::string(rawValue(real_.state)) + " (thermal=" +
+             std::string(rawValue(real_.state())) + " (thermal=" +
              (level_ ? std::string(stateName(*level_)) : "n/a") + " ladder=" + integerPart(tempC_) +
              " level=" + (level_ ? std::string(label(*level_)) : "n/a") +
              " critical=" + boolText(critical) + " enabled=" + boolText(enabled) + ")");
-        lastLoggedState_ = real_.state;
+        lastLoggedState_ = real_.state();
         return;
     }
-    if (real_.state == CountdownState::countdown && now - lastLog_ >= kCountdownLogInterval) {
+    if (real_.state() == CountdownState::countdown && now - lastLog_ >= kCountdownLogInterval) {
         lastLog_ = now;
         emit("stage-c: countdown remaining=" + std::to_string(real_.remaining(now)) +
              "s peak ladder=" + integerPart(peak_));
@@ -178,7 +178,7 @@ void Engine::logStateChange(MonoTime now, bool critical, bool enabled) {
 }
 
 void Engine::checkFailsafe(MonoTime now) {
-    if (real_.state != CountdownState::fired || !firedAt_) return;
+    if (real_.state() != CountdownState::fired || !firedAt_) return;
     if (now - *firedAt_ < watchdog::failsafeDelay) return;
     emit("stage-c: still running " + integerPart(watchdog::failsafeDelay) +
          "s after the shutdown call; assuming the shutdown did not happen; clearing marker");

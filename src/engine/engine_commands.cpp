@@ -41,7 +41,7 @@ void Engine::cancel(MonoTime now) {
         sim_.reset();
         return;
     }
-    switch (real_.state) {
+    switch (real_.state()) {
         case CountdownState::countdown:
             emit("stage-c: user pressed Keep working · Cancel during the countdown");
             markerJobs_.clear();
@@ -59,14 +59,14 @@ void Engine::cancel(MonoTime now) {
         case CountdownState::idle:
         case CountdownState::grace:
         case CountdownState::done:
-            emit("stage-c: cancel ignored (state " + std::string(rawValue(real_.state)) + ")");
+            emit("stage-c: cancel ignored (state " + std::string(rawValue(real_.state())) + ")");
             break;
     }
 }
 
 void Engine::dismissSim() {
     // A running rehearsal is stopped by cancel.
-    if (!sim_ || sim_->state != CountdownState::done) return;
+    if (!sim_ || sim_->state() != CountdownState::done) return;
     emit("stage-c SIMULATION: dismissed");
     sim_.reset();
 }

@@ -13,16 +13,16 @@ namespace velmora {
 
 nlohmann::json Engine::view(MonoTime now) const {
     const Countdown& m = shown();
-    const bool leadIn =
-        sim_ && sim_->state == CountdownState::idle && now - simStart_ < watchdog::simulationLeadIn;
+    const bool leadIn = sim_ && sim_->state() == CountdownState::idle &&
+                        now - simStart_ < watchdog::simulationLeadIn;
     nlohmann::json v = {
         {"version", std::string(watchdog::version)},
-        {"state", std::string(rawValue(m.state))},
+        {"state", std::string(rawValue(m.state()))},
         {"remainingMs", m.remainingMs(now)},
         {"remaining", m.remaining(now)},
         {"totalSecs", watchdog::countdownLength.count()},
         {"sim", sim_.has_value()},
-        {"simDone", sim_ && sim_->state == CountdownState::done},
+        {"simDone", sim_ && sim_->state() == CountdownState::done},
         {"lead", leadIn},
         {"autoShutdown", settingsInForce_.autoShutdown},
         {"consentNeeded", !settingsInForce_.consentRecorded},

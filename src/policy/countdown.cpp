@@ -69,10 +69,10 @@ CountdownConfig CountdownConfig::production() {
 }
 
 std::vector<CountdownEvent> Countdown::startCountdown(MonoTime now) {
-    const std::int64_t whole = wholeSecondsOrThrow(cfg.countdown);
-    state = CountdownState::countdown;
-    deadline = now + cfg.countdown;
-    lastCue = whole;
+    const std::int64_t whole = wholeSecondsOrThrow(cfg_.countdown);
+    state_ = CountdownState::countdown;
+    deadline_ = now + cfg_.countdown;
+    lastCue_ = whole;
     return {CountdownEvent{CountdownEventKind::countdownStart, remaining(now)}};
 }
 
@@ -82,16 +82,16 @@ void Countdown::appendStart(MonoTime now, std::vector<CountdownEvent>& events) {
 }
 
 std::vector<CountdownEvent> Countdown::step(MonoTime now, CountdownInput input) {
-    const Seconds gap = last ? now - *last : Seconds::zero();
-    last = now;
-    const bool stale = cfg.stale < gap && cfg.stale > Seconds::zero();
+    const Seconds gap = last_ ? now - *last_ : Seconds::zero();
+    last_ = now;
+    const bool stale = cfg_.stale < gap && cfg_.stale > Seconds::zero();
     std::vector<CountdownEvent> events;
-    if (cancelled && input.calm && state != CountdownState::countdown &&
-        state != CountdownState::fired) {
-        cancelled = false;
+    if (cancelled_ && input.calm && state_ != CountdownState::countdown &&
+        state_ != CountdownState::fired) {
+        cancelled_ = false;
         events.push_back({CountdownEventKind::cooled, 0});
     }
-    switch (state) {
+    switch (state_) {
         case CountdownState::fired:
         case CountdownState::done:
             break;
@@ -109,8 +109,8 @@ std::vector<CountdownEvent> Countdown::step(MonoTime now, CountdownInput input) 
 }
 
 void Countdown::stepGrace(MonoTime now, CountdownInput input, std::vector<CountdownEvent>& events) {
-    if (now < graceUntil) return;
-    state = CountdownState::idle;
+    if (now < graceUntil_) return;
+    state_ = CountdownState::idle;
     events.push_back({CountdownEventKind::graceEnd, 0});
     if (input.enabled && input.critical) appendStart(now, events);
 }
@@ -118,7 +118,7 @@ void Countdown::stepGrace(MonoTime now, CountdownInput input, std::vector<Countd
 void Countdown::stepCountdown(MonoTime now, CountdownInput input, bool stale,
                               std::vector<CountdownEvent>& events) {
     if (!(input.enabled && input.critical)) {
-        state = CountdownState::idle;
+        state_ = CountdownState::idle;
         events.push_back({CountdownEventKind::abort, 0});
         return;
     }
@@ -127,39 +127,39 @@ void Countdown::stepCountdown(MonoTime now, CountdownInput input, bool stale,
         appendStart(now, events);
         return;
     }
-    if (!(now < deadline)) {
-        state = sim ? CountdownState::done : CountdownState::fired;
-        events.push_back({sim ? CountdownEventKind::simComplete : CountdownEventKind::fire, 0});
+    if (!(now < deadline_)) {
+        state_ = sim_ ? CountdownState::done : CountdownState::fired;
+        events.push_back({sim_ ? CountdownEventKind::simComplete : CountdownEventKind::fire, 0});
         return;
     }
     const std::int64_t r = remaining(now);
-    if (r >= lastCue) return;
+    if (r >= lastCue_) return;
     const bool due = std::any_of(watchdog::cueSeconds.begin(), watchdog::cueSeconds.end(),
-                                 [&](int c) { return r <= c && c < lastCue; });
-    lastCue = r;
+                                 [&](int c) { return r <= c && c < lastCue_; });
+    lastCue_ = r;
     if (due) events.push_back({CountdownEventKind::cue, r});
 }
 
 std::vector<CountdownEvent> Countdown::cancel(MonoTime now) {
-    const bool cancellable =
-        state == CountdownState::countdown || (state == CountdownState::fired && cfg.firedCancel);
+    const bool cancellable = state_ == CountdownState::countdown ||
+                             (state_ == CountdownState::fired && cfg_.firedCancel);
     if (!cancellable) return {};
-    state = CountdownState::grace;
-    graceUntil = now + cfg.grace;
-    cancelled = true;
+    state_ = CountdownState::grace;
+    graceUntil_ = now + cfg_.grace;
+    cancelled_ = true;
     return {CountdownEvent{CountdownEventKind::cancel, 0}};
 }
 
 void Countdown::shutdownFailed(MonoTime now) {
-    if (state != CountdownState::fired) return;
-    state = CountdownState::grace;
-    graceUntil = now + cfg.grace;
+    if (state_ != CountdownState::fired) return;
+    state_ = CountdownState::grace;
+    graceUntil_ = now + cfg_.grace;
 }
 
 void Countdown::reset() {
-    state = CountdownState::idle;
-    last.reset();
-    cancelled = false;
+    state_ = CountdownState::idle;
+    last_.reset();
+    cancelled_ = false;
 }
 
 std::int64_t Countdown::remaining(MonoTime now) const {
@@ -170,14 +170,15 @@ std::int64_t Countdown::remaining(MonoTime now) const {
 }
 
 std::int64_t Countdown::remainingMs(MonoTime now) const {
-    if (state != CountdownState::countdown) return 0;
-    const auto ms = std::llround(std::chrono::duration<double, std::milli>(deadline - now).count());
+    if (state_ != CountdownState::countdown) return 0;
+    const auto ms =
+        std::llround(std::chrono::duration<double, std::milli>(deadline_ - now).count());
     return std::max<std::int64_t>(ms, 0);
 }
 
 Seconds Countdown::graceLeft(MonoTime now) const {
-    if (state != CountdownState::grace) return Seconds::zero();
-    return now < graceUntil ? graceUntil - now : Seconds::zero();
+    if (state_ != CountdownState::grace) return Seconds::zero();
+    return now < graceUntil_ ? graceUntil_ - now : Seconds::zero();
 }
 
 }  // namespace velmora

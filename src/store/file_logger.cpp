@@ -32,10 +32,22 @@ int openProblem(const UniqueFd& fd, struct stat& info) {
     return S_ISREG(info.st_mode) ? 0 : EINVAL;
 }
 
-bool isOversized(const std::filesystem::path& url) {
+// At the limit already: the next line would pass it.
+bool isFull(off_t size) {
+    return size >= FileLogger::sizeLimit;
+}
+
+bool isFull(const std::filesystem::path& url) {
     struct stat info {};
-    return ::lstat(url.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
-           info.st_size > FileLogger::sizeLimit;
+    return ::lstat(url.c_str(), &info) == 0 && S_ISREG(info.st_mode) && isFull(info.st_size);
+}
+
+// The first line of a log begun during a run, so that a reader of the new file knows where its
+// story starts.
+std::string continuationNotice(const std::filesystem::path& previous) {
+    return formatLogTime(Timestamp::now()) + " log: continues " +
+           escapeForLog(previous.filename().string()) + ", which reached " +
+           std::to_string(FileLogger::sizeLimit) + " bytes\n";
 }
 
 std::string droppedNotice(std::uint64_t count, int err) {
@@ -65,7 +77,7 @@ std::string replaceLink(const std::filesystem::path& url) {
 FileLogger::FileLogger(const std::filesystem::path& dir)
     : dir_(dir), url_(dir / "heat.log"), previousUrl_(dir / "heat.log.1") {
     static_cast<void>(createDirectories(dir_));
-    if (isOversized(url_)) static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
+    if (isFull(url_)) static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
     try {
         writer_ = std::thread([this] { run(); });
     } catch (const std::system_error&) {
@@ -133,10 +145,11 @@ void FileLogger::write(const std::string& entry) {
     }
     struct stat info {};
     int err = openProblem(fd, info);
-    if (err == 0 && info.st_size > sizeLimit) {
+    if (err == 0 && isFull(info.st_size)) {
         static_cast<void>(::rename(url_.c_str(), previousUrl_.c_str()));
         fd = openForAppend(url_);
         err = openProblem(fd, info);
+        if (err == 0 && info.st_size == 0) notice = continuationNotice(previousUrl_) + notice;
     }
     if (err == 0) {
         if (dropped_ > 0) notice += droppedNotice(dropped_, lastDropError_);

@@ -134,7 +134,7 @@ TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSecond
     h.recordConsent();
     auto& app = h.launch({"--force-thermal", "critical", "--mute"});
     h.loop.advance(10250ms);
-    EXPECT_EQ(app.engine()->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(app.engine()->snapshot().real.state(), CountdownState::fired);
     EXPECT_EQ(h.realShutdowner->shutdownCalls, 1);
     ASSERT_TRUE(h.shell.countdownItem.has_value());
     EXPECT_EQ(h.shell.countdownItem->first, "SHUTTING DOWN");

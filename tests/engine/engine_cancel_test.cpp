@@ -20,7 +20,7 @@ class EngineCancel : public EngineScenario {
 
     void fire() {
         tickThrough(0, 10);
-        ASSERT_EQ(engine->snapshot().real.state, CountdownState::fired);
+        ASSERT_EQ(engine->snapshot().real.state(), CountdownState::fired);
         takeLines();
     }
 };
@@ -36,7 +36,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
                                "stage-c: cancelled before the shutdown ran; grace 300s",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::grace);
     EXPECT_EQ(engine->view(at(7))["graceSecs"], 300);
     EXPECT_TRUE(sounder->cues.empty());  // the machine's cancel event is not acted on
     tickAt(7.25);
@@ -55,7 +55,7 @@ TEST_F(EngineCancel, CancelAt3SecondsLeftEntersGraceAndCountsDownAgainAfterIt) {
                                "stage-c: automation permission: granted",
                                stateLine("grace", "countdown", kCriticalEnabled),
                            }));
-    EXPECT_EQ(engine->snapshot().real.deadline, at(317));
+    EXPECT_EQ(engine->snapshot().real.deadline(), at(317));
 }
 
 TEST_F(EngineCancel, CancelWithASimulationPresentStopsOnlyTheSimulation) {
@@ -67,8 +67,8 @@ TEST_F(EngineCancel, CancelWithASimulationPresentStopsOnlyTheSimulation) {
     EXPECT_EQ(takeLines(),
               (std::vector<std::string>{"stage-c SIMULATION: cancelled/stopped by user"}));
     EXPECT_FALSE(engine->simActive());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
-    EXPECT_EQ(engine->snapshot().real.deadline, at(10));
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.deadline(), at(10));
 }
 
 TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
@@ -80,7 +80,7 @@ TEST_F(EngineCancel, CancelAfterTheShutdownCallIsRefused) {
                            }));
     EXPECT_EQ(engine->snapshot().errorMessage,
               "Too late to cancel: your Mac is already shutting down.");
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::fired);
     EXPECT_TRUE(markerExists());
     EXPECT_EQ(engine->view(at(10.1))["err"], engine->snapshot().errorMessage);
 }
@@ -107,7 +107,7 @@ TEST_F(EngineCancel, CancelWhenIdleOrInGraceIsIgnored) {
     engine->cancel(at(3));
     EXPECT_EQ(lines.at(lines.size() - 1), "stage-c: cancel ignored (state grace)");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "stage-c: cancel ignored (state idle)"), 1);
-    EXPECT_EQ(engine->snapshot().real.graceUntil, at(302));
+    EXPECT_EQ(engine->snapshot().real.graceUntil(), at(302));
 }
 
 TEST_F(EngineCancel, StartSimDuringARealCountdownIsRefused) {
@@ -146,8 +146,8 @@ TEST_F(EngineCancel, StartSimWhenIdleIsAccepted) {
     tickAt(0);
     engine->startSim(at(0.5));
     EXPECT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->snapshot().sim->cfg, CountdownConfig::production());
-    EXPECT_TRUE(engine->snapshot().sim->sim);
+    EXPECT_EQ(engine->snapshot().sim->config(), CountdownConfig::production());
+    EXPECT_TRUE(engine->snapshot().sim->simulated());
 }
 
 TEST_F(EngineCancel, DismissSimDuringARunningSimulationDoesNothing) {
@@ -158,7 +158,7 @@ TEST_F(EngineCancel, DismissSimDuringARunningSimulationDoesNothing) {
     engine->dismissSim();
     EXPECT_TRUE(takeLines().empty());
     ASSERT_TRUE(engine->simActive());
-    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().sim->state(), CountdownState::countdown);
 }
 
 TEST_F(EngineCancel, DismissSimWithoutASimulationDoesNothing) {

@@ -48,9 +48,9 @@ TEST_F(EngineClock, FailsafeAndGraceRunOnTheMonotonicClock) {
     ASSERT_TRUE(fired());
     wallShift = -3600;
     tickThrough(10.25, 39.75);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::fired);
     tickAt(40);
-    EXPECT_EQ(engine->snapshot().real.state,
+    EXPECT_EQ(engine->snapshot().real.state(),
               CountdownState::idle);  // the failsafe, 30 s after the call
 }
 
@@ -69,11 +69,11 @@ TEST_F(EngineReliefHold, NoCountdownForSixtySecondsAfterARelief) {
               "stage-c: no countdown for the next 60s after the shutdown (time to read the notice "
               "and turn automatic shutdown off)");
     tickThrough(0, 59.75);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_FALSE(fired());
     EXPECT_TRUE(engine->snapshot().relief.has_value());
     tickAt(60);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
     const auto lines = takeLines();
     EXPECT_NE(std::find(lines.begin(), lines.end(),
                         "stage-c: relief hold over; countdowns allowed again"),
@@ -85,14 +85,14 @@ TEST_F(EngineReliefHold, TheHoldIsMeasuredOnTheMonotonicClock) {
     tickThrough(0, 10);
     wallShift = 3600;  // the wall clock jumps an hour: the hold must not end early
     tickThrough(10.25, 59.75);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
 }
 
 TEST_F(EngineReliefHold, ALaunchWithoutAMarkerHasNoHold) {
     std::filesystem::remove(markerPath());
     start();
     tickAt(0);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
     EXPECT_FALSE(engine->snapshot().reliefHoldUntil.has_value());
 }
 

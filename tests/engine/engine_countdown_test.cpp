@@ -38,12 +38,11 @@ TEST_F(EngineCountdown, CriticalWithConsentCountsDownWithCuesAndCallsTheShutdown
                   "stage-c: countdown reached 0; calling the shutdown (osascript System Events)",
                   stateLine("countdown", "fired", kCriticalEnabled),
               }));
-    EXPECT_EQ(sounder->cues,
-              (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
     EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     EXPECT_EQ(shutdowner->shutdownCalls, 1);
     EXPECT_EQ(engine->snapshot().firedAt, at(10));
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::fired);
     EXPECT_EQ(markerJson(), (nlohmann::json{{"at", "2027-01-15T08:00:10Z"},
                                             {"peakC", 108},
                                             {"reason", "emergency countdown reached 0"}}));
@@ -74,7 +73,7 @@ TEST_F(EngineCountdown, WithoutConsentThereIsNoCountdownButTheAlarmRepeatsEvery1
                                         "consentRecorded=false enabled=false"}));
     EXPECT_EQ(sounder->cues, (std::vector<std::string>{"alarm", "alarm", "alarm"}));
     EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(30));
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(shutdowner->probeCalls, 0);
     EXPECT_FALSE(markerExists());
@@ -103,7 +102,7 @@ TEST_F(EngineCountdown, StageBEndingAt4SecondsLeftAbortsAndClearsTheMarker) {
                             "enabled=true"),
               }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_EQ(engine->snapshot().peak, 108);  // kept on the tick the countdown ended
     tickAt(6.25);
     EXPECT_EQ(engine->snapshot().peak, 0);
@@ -125,7 +124,7 @@ TEST_F(EngineCountdown, TicksMoreThan5SecondsApartRestartTheCountdown) {
                            }));
     EXPECT_FALSE(markerExists());
     EXPECT_EQ(view["remaining"], 10);
-    EXPECT_EQ(engine->snapshot().real.deadline, at(16.001));
+    EXPECT_EQ(engine->snapshot().real.deadline(), at(16.001));
     EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "urgent"}));
     tickAt(15.9);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
@@ -134,7 +133,7 @@ TEST_F(EngineCountdown, TicksMoreThan5SecondsApartRestartTheCountdown) {
 TEST_F(EngineCountdown, TicksExactly5SecondsApartDoNotRestart) {
     tickAt(0);
     tickAt(5);
-    EXPECT_EQ(engine->snapshot().real.deadline, at(10));
+    EXPECT_EQ(engine->snapshot().real.deadline(), at(10));
     EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick"}));
 }
 
@@ -147,7 +146,7 @@ TEST_F(EngineCountdown, PeakFollowsTheHighestCriticalReading) {
     EXPECT_EQ(engine->snapshot().peak, 120);
     sensor->reading.reset();  // no reading is not critical: the countdown ends, peak kept
     tickAt(3);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_EQ(engine->snapshot().peak, 120);
     tickAt(4);
     EXPECT_EQ(engine->snapshot().peak, 0);
@@ -156,7 +155,7 @@ TEST_F(EngineCountdown, PeakFollowsTheHighestCriticalReading) {
 TEST_F(EngineCountdown, AnAbsentReadingIsNeitherCalmNorCritical) {
     sensor->reading.reset();
     const auto view = tickAt(0);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_FALSE(engine->snapshot().level.has_value());
     EXPECT_TRUE(sounder->cues.empty());
     EXPECT_EQ(view["level"], -1);

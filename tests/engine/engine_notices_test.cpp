@@ -144,7 +144,7 @@ TEST_F(EngineNotices, ManualNoticeAndErrorClearWhenANewCountdownStarts) {
     ASSERT_TRUE(engine->snapshot().manual.has_value());
     ASSERT_EQ(engine->snapshot().errorMessage, "Could not shut down: x");
     tickAt(310);
-    ASSERT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    ASSERT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
     EXPECT_FALSE(engine->snapshot().manual.has_value());
     EXPECT_EQ(engine->snapshot().errorMessage, "");
 }

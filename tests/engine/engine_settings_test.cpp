@@ -85,7 +85,7 @@ TEST_F(EngineSettings, DeclineThatCannotBeSavedWinsOverTheConsentOnDisk) {
     sensor->reading = kCritical;
     tickThrough(1, 15);
     EXPECT_FALSE(engine->settingsInForce().enabled());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(settingsJson()["autoShutdown"], true);
 }
@@ -137,15 +137,15 @@ TEST_F(EngineSettings, ConsentWrittenByAnotherProcessStartsTheCountdownOnceTheFi
     start();
     sensor->reading = kCritical;
     tickAt(0);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     writeConsent();
     tickAt(0.25);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle)
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle)
         << "a tick must not read the file";
     settingsFileChanged();
     takeLines();
     tickAt(0.5);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
     EXPECT_EQ(takeLines().front(),
               "stage-c: settings changed: autoShutdown=true consentRecorded=true enabled=true");
     EXPECT_EQ(engine->view(at(0.5))["consentNeeded"], false);

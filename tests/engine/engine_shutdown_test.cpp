@@ -46,7 +46,7 @@ TEST_F(EngineShutdown, DeniedShutdownShowsThePermissionNoticeAndEntersGrace) {
     EXPECT_EQ(engine->snapshot().manual,
               (Engine::ManualFail{std::string(macosTexts.permissionMessage), true}));
     EXPECT_EQ(engine->snapshot().errorMessage, "Could not shut down: " + kDeniedText);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::grace);
     EXPECT_EQ(engine->snapshot().real.graceLeft(at(10)).count(), 300);
     EXPECT_FALSE(engine->snapshot().firedAt.has_value());
     EXPECT_FALSE(markerExists());
@@ -64,8 +64,8 @@ TEST_F(EngineShutdown, RefusalArrivingLaterMeasuresGraceFromTheLatestTick) {
     tickAt(10.5);
     EXPECT_TRUE(markerExists());
     queue.runAll();  // the answer comes in between two ticks
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
-    EXPECT_EQ(engine->snapshot().real.graceUntil, at(310.5));
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.graceUntil(), at(310.5));
     EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent"}));
     EXPECT_FALSE(markerExists());
 }
@@ -94,7 +94,7 @@ TEST_F(EngineShutdown, SuccessChangesNothing) {
     countDownToTheCall();
     queue.runAll();
     EXPECT_TRUE(takeLines().empty());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::fired);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::fired);
     EXPECT_TRUE(markerExists());
     EXPECT_FALSE(engine->snapshot().manual.has_value());
 }
@@ -112,8 +112,8 @@ TEST_F(EngineShutdown, NoAnswerFor30SecondsTriggersTheFailsafe) {
                                "shutdown did not happen; clearing marker",
                            }));
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
-    EXPECT_FALSE(engine->snapshot().real.last.has_value());
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
+    EXPECT_FALSE(engine->snapshot().real.lastStep().has_value());
     EXPECT_FALSE(engine->snapshot().firedAt.has_value());
     tickAt(40.25);  // the change of state shows on the next tick
     EXPECT_EQ(takeLines(),
@@ -128,8 +128,8 @@ TEST_F(EngineShutdown, StillCriticalAfterTheFailsafeStartsAFreshCountdown) {
     countDownToTheCall();
     tickThrough(10.25, 40);
     tickAt(40.25);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::countdown);
-    EXPECT_EQ(engine->snapshot().real.deadline, at(50.25));
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::countdown);
+    EXPECT_EQ(engine->snapshot().real.deadline(), at(50.25));
     EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
 }
 

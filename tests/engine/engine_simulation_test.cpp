@@ -35,10 +35,9 @@ TEST_F(EngineSimulation, LeadInThenCountdownThenCompletionWithoutMarkerOrShutdow
                                "stage-c SIMULATION: event sim-complete remaining=0",
                                "stage-c SIMULATION: complete. shutdown was NOT called.",
                            }));
-    EXPECT_EQ(sounder->cues,
-              (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
-    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::done);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
+    EXPECT_EQ(engine->snapshot().sim->state(), CountdownState::done);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_EQ(shutdowner->shutdownCalls, 0);
     EXPECT_EQ(shutdowner->probeCalls, 0);
     EXPECT_EQ(engine->snapshot().shutdownCalls, 0);
@@ -88,7 +87,7 @@ TEST_F(EngineSimulation, StartingAgainRestartsTheLeadIn) {
     engine->startSim(at(0));
     tickThrough(0, 6);
     engine->startSim(at(6));
-    EXPECT_EQ(engine->snapshot().sim->state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().sim->state(), CountdownState::idle);
     EXPECT_EQ(engine->snapshot().simStart, at(6));
     EXPECT_EQ(tickAt(6.25)["lead"], true);
 }

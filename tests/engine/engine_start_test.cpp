@@ -21,7 +21,7 @@ TEST_F(EngineStart, WithoutASettingsFileLogsTheDefaultsAndTheThresholds) {
     EXPECT_FALSE(std::filesystem::exists(settingsPath()));  // reading never creates the file
     EXPECT_FALSE(engine->snapshot().relief.has_value());
     EXPECT_EQ(engine->snapshot().permission, Engine::PermissionState::unknown());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
     EXPECT_FALSE(engine->simActive());
     EXPECT_EQ(engine->snapshot().lastNow, at(0));
 }

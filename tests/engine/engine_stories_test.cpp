@@ -62,11 +62,10 @@ TEST_F(EngineStory, ConsentThenCriticalThenShutdownThatNeverTakesEffect) {
         "stage-c: still running 30s after the shutdown call; assuming the shutdown did not "
         "happen; clearing marker");
     EXPECT_EQ(lines, expected);
-    EXPECT_EQ(sounder->cues,
-              (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
+    EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick"}));
     EXPECT_EQ(engine->snapshot().shutdownCalls, 1);
     EXPECT_FALSE(markerExists());
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::idle);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::idle);
 }
 
 TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
@@ -85,10 +84,10 @@ TEST_F(EngineStory, DeniedShutdownThenManualNoticeGraceAndANewCountdown) {
     EXPECT_EQ(view["err"], "Could not shut down: " + kDeniedText);
     EXPECT_EQ(lines.back(), stateLine("fired", "grace", kCriticalEnabled));
     EXPECT_EQ(sounder->cues, (std::vector<std::string>{"urgent", "tick", "tick", "tick", "tick",
-                                                         "urgent", "alarm"}));
+                                                       "urgent", "alarm"}));
     tickThrough(11.25, 309.25, 1);  // grace; stage B holds, so the alarm repeats
     tickAt(309.75);
-    EXPECT_EQ(engine->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(engine->snapshot().real.state(), CountdownState::grace);
     EXPECT_EQ(std::count(sounder->cues.begin(), sounder->cues.end(), "alarm"), 20);
     EXPECT_EQ(engine->snapshot().lastEmergencyAlarm, at(295.25));
     view = tickAt(310);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 
@@ -125,6 +126,31 @@ TEST(LinuxBackend, HwmonLimitRaisesTheStateAndHysteresisHoldsIt) {
     tree.write(package, "97000\n");
     EXPECT_EQ(backend.sample(kStart + 3s).thermal, ThermalState::fair);
     EXPECT_EQ(backend.thermal().drivingSource(), tree.path(package));
+}
+
+// The sysfs paths (hwmon3, thermal_zone0) are numbered anew at each boot; the names are not.
+TEST(LinuxBackend, ThermalLimitsCarryTheNamesTheTemperaturesAreListedUnder) {
+    FixtureTree tree("intel_laptop");
+    LinuxBackend backend(tree.root());
+    backend.prime(kStart);
+    const LiveInputs in = backend.sample(kStart + 1s);
+    const auto limits = backend.thermalLimits();
+    ASSERT_FALSE(limits.empty());
+    auto limitOf = [&](const std::string& source, const std::string& state) {
+        const auto found = std::find_if(limits.begin(), limits.end(), [&](const ThermalLimit& l) {
+            return l.source == source && l.state == state;
+        });
+        return found != limits.end() ? std::optional(found->celsius) : std::nullopt;
+    };
+    EXPECT_EQ(limitOf("hwmon coretemp Package id 0", "critical"), 100.0);
+    EXPECT_EQ(limitOf("thermal acpitz", "critical"), 128.0);
+    for (const ThermalLimit& limit : limits) {
+        EXPECT_EQ(limit.source.find("/sys/"), std::string::npos) << limit.source;
+    }
+    const auto package = std::find_if(in.sensors.begin(), in.sensors.end(), [](const auto& t) {
+        return t.source == "hwmon coretemp Package id 0";
+    });
+    EXPECT_NE(package, in.sensors.end()) << "the limit's name is the temperature's source";
 }
 
 TEST(LinuxBackend, ImplausibleReadingIsLeftOutWithoutRediscovery) {

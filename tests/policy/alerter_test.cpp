@@ -58,8 +58,8 @@ TEST(Alerter, AbsentReadingRestartsBothTimers) {
     for (int s = 0; s < 80; ++s)
         alerter.update(85, at(s));
     EXPECT_EQ(alerter.update(std::nullopt, at(80)), std::nullopt);
-    EXPECT_FALSE(alerter.hotSince.has_value());
-    EXPECT_FALSE(alerter.extremeSince.has_value());
+    EXPECT_FALSE(alerter.hotSince().has_value());
+    EXPECT_FALSE(alerter.extremeSince().has_value());
     EXPECT_EQ(alerter.update(85, at(81)), Level::hot);
     EXPECT_EQ(alerter.update(85, at(170)), Level::hot);  // 89 s into the new run
     EXPECT_EQ(alerter.update(85, at(171)), Level::extreme);
@@ -70,7 +70,7 @@ TEST(Alerter, CoolReadingClearsHotRun) {
     alerter.update(85, at(0));
     alerter.update(85, at(50));
     EXPECT_EQ(alerter.update(79.9, at(60)), Level::warm);
-    EXPECT_FALSE(alerter.hotSince.has_value());
+    EXPECT_FALSE(alerter.hotSince().has_value());
     EXPECT_EQ(alerter.update(85, at(61)), Level::hot);
     EXPECT_EQ(alerter.update(85, at(150)), Level::hot);
     EXPECT_EQ(alerter.update(85, at(151)), Level::extreme);
@@ -80,8 +80,8 @@ TEST(Alerter, NanCountsAsOkAndClearsBothRuns) {
     Alerter alerter(true);
     alerter.update(96, at(0));
     EXPECT_EQ(alerter.update(std::nan(""), at(1)), Level::ok);
-    EXPECT_FALSE(alerter.hotSince.has_value());
-    EXPECT_FALSE(alerter.extremeSince.has_value());
+    EXPECT_FALSE(alerter.hotSince().has_value());
+    EXPECT_FALSE(alerter.extremeSince().has_value());
 }
 
 TEST(Alerter, HotExtremeHotRunKeepsItsFirstStart) {
@@ -103,9 +103,9 @@ TEST(Alerter, BlowoutSpikeKeepsStageARunning) {
 TEST(Alerter, PlainHotClearsStageARun) {
     Alerter alerter(true);
     alerter.update(96, at(0));
-    EXPECT_TRUE(alerter.extremeSince.has_value());
+    EXPECT_TRUE(alerter.extremeSince().has_value());
     EXPECT_EQ(alerter.update(85, at(10)), Level::hot);
-    EXPECT_FALSE(alerter.extremeSince.has_value());
+    EXPECT_FALSE(alerter.extremeSince().has_value());
 }
 
 }  // namespace

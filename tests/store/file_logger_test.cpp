@@ -69,14 +69,49 @@ TEST(FileLogger, TimestampIsTheLocalTimeOfTheCall) {
     EXPECT_LE(stamp, after);
 }
 
-TEST(FileLogger, FileOfExactlyOneMillionBytesIsKept) {
+TEST(FileLogger, FileJustUnderOneMillionBytesIsKept) {
     const TempDir tmp;
-    writeText(tmp / "heat.log", std::string(1'000'000, 'a'));
+    writeText(tmp / "heat.log", std::string(999'999, 'a'));
     logThroughFreshLogger(tmp.path(), "next");
     const std::string text = readText(tmp / "heat.log");
-    EXPECT_EQ(text.substr(0, 1'000'000), std::string(1'000'000, 'a'));
-    EXPECT_EQ(messageOf(text.substr(1'000'000, text.size() - 1'000'001)), "next");
+    EXPECT_EQ(text.substr(0, 999'999), std::string(999'999, 'a'));
+    EXPECT_EQ(messageOf(text.substr(999'999, text.size() - 1'000'000)), "next");
     EXPECT_FALSE(std::filesystem::exists(tmp / "heat.log.1"));
+}
+
+// At the limit, the launch's first line would pass it and be rotated away from the lines after.
+TEST(FileLogger, FileOfExactlyOneMillionBytesIsRotatedBeforeTheFirstEntry) {
+    const TempDir tmp;
+    const std::string story = std::string(999'999, 'a') + "\n";
+    writeText(tmp / "heat.log", story);
+    {
+        FileLogger logger(tmp.path());
+        logger.log("---- launched");
+        logger.log("the story goes on");
+    }
+    EXPECT_EQ(readText(tmp / "heat.log.1"), story);
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(messageOf(lines[0]), "---- launched");
+    EXPECT_EQ(messageOf(lines[1]), "the story goes on");
+}
+
+TEST(FileLogger, ALogBegunDuringTheRunSaysWhichOneItContinues) {
+    const TempDir tmp;
+    const std::string story = std::string(999'000, 'a') + "\n";
+    writeText(tmp / "heat.log", story);
+    {
+        FileLogger logger(tmp.path());
+        logger.log(std::string(2'000, 'b'));  // kept: the log was under the limit
+        logger.log("after the limit");
+    }
+    const auto previous = readText(tmp / "heat.log.1");
+    EXPECT_EQ(previous.substr(0, story.size()), story);
+    EXPECT_EQ(messageOf(linesOf(previous).back()), std::string(2'000, 'b'));
+    const auto lines = linesOf(readText(tmp / "heat.log"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(messageOf(lines[0]), "log: continues heat.log.1, which reached 1000000 bytes");
+    EXPECT_EQ(messageOf(lines[1]), "after the limit");
 }
 
 TEST(FileLogger, FileOfOneMillionAndOneBytesIsRotatedBeforeTheFirstEntry) {
@@ -112,10 +147,14 @@ TEST(FileLogger, LogIsRotatedDuringTheRunOnceItPassesTheLimit) {
     for (int i = 0; i < entries; ++i)
         logger.log(line);
     logger.drain();
-    const auto current = std::filesystem::file_size(tmp / "heat.log");
+    const auto text = readText(tmp / "heat.log");
+    const auto firstLine = text.substr(0, text.find('\n') + 1);
+    EXPECT_EQ(messageOf(firstLine.substr(0, firstLine.size() - 1)),
+              "log: continues heat.log.1, which reached 1000000 bytes");
+    const auto current = text.size() - firstLine.size();
     const auto previous = std::filesystem::file_size(tmp / "heat.log.1");
-    EXPECT_LE(previous, 1'000'000U + 1'024U);
-    EXPECT_GT(previous, 1'000'000U);
+    EXPECT_LT(previous, 1'000'000U + 1'024U);
+    EXPECT_GE(previous, 1'000'000U);
     EXPECT_EQ(current + previous, entries * 1'024U);  // nothing lost, nothing written twice
 }
 

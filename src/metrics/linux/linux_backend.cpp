@@ -115,17 +115,21 @@ bool LinuxBackend::rediscoverIfChanged(Timestamp now) {
 void LinuxBackend::setThermalSources() {
     std::vector<ThermalSourceDef> sourceDefs;
     thermalSlots_.clear();
+    thermalNames_.clear();
+    const auto& zoneSources = inv_.zoneListing.sources;
     for (std::size_t i = 0; i < inv_.zones.size(); ++i) {
         auto conditions = zoneConditions(inv_.zones[i].trips);
         if (conditions.empty()) continue;
         sourceDefs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
         thermalSlots_.push_back({SlotKind::zone, i});
+        thermalNames_.push_back(i < zoneSources.size() ? zoneSources[i] : "thermal " + inv_.zones[i].type);
     }
     for (std::size_t i = 0; i < inv_.hwmon.temps.size(); ++i) {
         auto conditions = hwmonConditions(inv_.hwmon.temps[i].limits);
         if (conditions.empty()) continue;
         sourceDefs.push_back({inv_.hwmon.temps[i].input.path(), std::move(conditions)});
         thermalSlots_.push_back({SlotKind::hwmon, i});
+        thermalNames_.push_back(inv_.hwmon.temps[i].source);
     }
     addGpuThermalSources(sourceDefs);
     deriver_.setSources(std::move(sourceDefs));

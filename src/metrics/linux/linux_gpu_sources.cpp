@@ -27,7 +27,14 @@ void LinuxBackend::addGpuThermalSources(std::vector<ThermalSourceDef>& sourceDef
         if (conditions.empty()) continue;
         sourceDefs.push_back({gpuSourceId(i), std::move(conditions)});
         thermalSlots_.push_back({SlotKind::gpu, i});
+        thermalNames_.push_back(gpuSensorSource(i));
     }
+}
+
+// The source a GPU's temperature is listed under (sampleVendorGpus).
+std::string LinuxBackend::gpuSensorSource(std::size_t index) const {
+    const std::string library = vendorGpu_ ? vendorGpu_->libraryName() : "GPU";
+    return library + " " + (index < vendorGpus_.size() ? vendorGpus_[index].name : "");
 }
 
 std::optional<double> LinuxBackend::gpuCelsius(std::size_t index) const {
@@ -77,12 +84,15 @@ std::vector<DeviceSource> LinuxBackend::gpuSourceRows() const {
     return rows;
 }
 
+// Under the names the temperatures are listed by, so that a limit and its sensor's temperature
+// share the label "source".
 std::vector<ThermalLimit> LinuxBackend::thermalLimits() const {
     std::vector<ThermalLimit> limits;
     for (std::size_t i = 0; i < deriver_.sourceCount(); ++i) {
         const ThermalSourceDef& def = deriver_.sourceDef(i);
+        const std::string& name = i < thermalNames_.size() ? thermalNames_[i] : def.id;
         for (const ThermalCondition& condition : def.conditions) {
-            limits.push_back({def.id, std::string(thermalStateName(condition.level).value_or("")),
+            limits.push_back({name, std::string(thermalStateName(condition.level).value_or("")),
                               condition.threshold});
         }
     }

@@ -186,7 +186,7 @@ class Engine {
     const Countdown& shown() const { return sim_ ? *sim_ : real_; }
     /// The real countdown is running or the shutdown was called: the emergency owns the stage.
     bool realRunning() const {
-        return real_.state == CountdownState::countdown || real_.state == CountdownState::fired;
+        return real_.state() == CountdownState::countdown || real_.state() == CountdownState::fired;
     }
 
     std::shared_ptr<TempSensor> sensor_;

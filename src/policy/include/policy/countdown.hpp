@@ -51,7 +51,7 @@ struct CountdownInput {
 /// in the order they are returned.
 class Countdown {
   public:
-    Countdown(CountdownConfig cfg, bool sim) : cfg(cfg), sim(sim) {}
+    Countdown(CountdownConfig cfg, bool sim) : cfg_(cfg), sim_(sim) {}
 
     std::vector<CountdownEvent> step(MonoTime now, CountdownInput input);
     /// Throws std::invalid_argument when the configured length is not a finite whole-number
@@ -65,20 +65,33 @@ class Countdown {
     std::int64_t remainingMs(MonoTime now) const;
     Seconds graceLeft(MonoTime now) const;
 
-    CountdownState state = CountdownState::idle;
-    const CountdownConfig cfg;
-    const bool sim;
-    std::optional<MonoTime> last;
-    MonoTime deadline = MonoTime::distantPast();
-    MonoTime graceUntil = MonoTime::distantPast();
-    std::int64_t lastCue = 0;
-    bool cancelled = false;
+    CountdownState state() const { return state_; }
+    const CountdownConfig& config() const { return cfg_; }
+    /// A rehearsal: it ends in `done` instead of firing.
+    bool simulated() const { return sim_; }
+    /// When it last stepped; nothing before the first step and after a reset.
+    std::optional<MonoTime> lastStep() const { return last_; }
+    MonoTime deadline() const { return deadline_; }
+    MonoTime graceUntil() const { return graceUntil_; }
+    /// The last whole second a cue was given for.
+    std::int64_t lastCue() const { return lastCue_; }
+    /// Cancelled by the user, until calm returns.
+    bool cancelled() const { return cancelled_; }
 
   private:
     void stepCountdown(MonoTime now, CountdownInput input, bool stale,
                        std::vector<CountdownEvent>& events);
     void stepGrace(MonoTime now, CountdownInput input, std::vector<CountdownEvent>& events);
     void appendStart(MonoTime now, std::vector<CountdownEvent>& events);
+
+    CountdownState state_ = CountdownState::idle;
+    CountdownConfig cfg_;
+    bool sim_;
+    std::optional<MonoTime> last_;
+    MonoTime deadline_ = MonoTime::distantPast();
+    MonoTime graceUntil_ = MonoTime::distantPast();
+    std::int64_t lastCue_ = 0;
+    bool cancelled_ = false;
 };
 
 }  // namespace velmora

@@ -18,8 +18,10 @@ namespace velmora {
 /// failing the caller. One writer thread takes entries in the order they were logged; the file
 /// is opened and closed for each, so a crash loses only what is still queued.
 ///
-/// The log keeps its story: once it is larger than sizeLimit it is renamed to "heat.log.1"
-/// (replacing the generation before) and a new one begins, at launch and during the run alike.
+/// The log keeps its story: once it has reached sizeLimit it is renamed to "heat.log.1"
+/// (replacing the generation before) and a new one begins, at launch (before the first line, so
+/// the new log starts with the launch) and during the run alike; a log begun during the run
+/// starts with a line saying that it continues "heat.log.1".
 /// Every line is escaped so that no outside text can start a line of its own; the file is
 /// never reached through a symbolic link; a deleted data directory is created again; and lines
 /// that cannot be written (a full disk, a file-size limit) are counted and reported in the
@@ -28,7 +30,7 @@ class FileLogger {
   public:
     static constexpr off_t sizeLimit = 1'000'000;
 
-    /// Creates `dir` if needed and rotates a log larger than sizeLimit. Never fails: an
+    /// Creates `dir` if needed and rotates a log of sizeLimit or more. Never fails: an
     /// unusable directory only means that entries are dropped.
     explicit FileLogger(const std::filesystem::path& dir);
     /// Writes every entry still queued, then stops the writer.

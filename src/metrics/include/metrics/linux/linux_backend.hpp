@@ -111,6 +111,7 @@ class LinuxBackend final : public MetricsBackend {
     void refreshGpuThermalSources();
     void addGpuThermalSources(std::vector<ThermalSourceDef>& sourceDefs);
     std::string gpuSourceId(std::size_t index) const;
+    std::string gpuSensorSource(std::size_t index) const;
     std::optional<std::string> throttledGpu() const;
     std::optional<double> gpuCelsius(std::size_t index) const;
     std::optional<PowerReading> gpuPower();
@@ -134,6 +135,9 @@ class LinuxBackend final : public MetricsBackend {
     LinuxInventory inv_;
     ThermalDeriver deriver_;
     std::vector<ThermalSlot> thermalSlots_;
+    /// Per thermal source: the name its temperature is listed under ("hwmon coretemp Package
+    /// id 0", "thermal acpitz"), which, unlike its sysfs path, stays the same between boots.
+    std::vector<std::string> thermalNames_;
     int discoveries_ = 0;
     SysfsFingerprint fingerprint_;
     std::vector<std::string> notices_;
