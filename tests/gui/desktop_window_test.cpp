@@ -139,7 +139,10 @@ TEST_F(DesktopWindow, NavigationOutsideTheBundleIsRefusedAndLogged) {
         EXPECT_TRUE(d.waitForLog("ui: refused navigation to https://example.org/", 5));
         d.js("window.open('index.html'); 'sent'");
         EXPECT_TRUE(d.waitForLog("ui: refused a new window", 5));
-        d.pause(0.5);
+        // A message sent after the attempts comes back from the same page.
+        d.js("window.webkit.messageHandlers.heat.postMessage('after-navigation'); 'sent'");
+        EXPECT_TRUE(
+            d.waitForLog("ui: rejected heat action 'after-navigation': missing/wrong token", 5));
         EXPECT_EQ(d.js(pageScript), "index.html");
         EXPECT_EQ(d.session.app.presentation().pageName, "index");
     });
@@ -162,8 +165,11 @@ TEST_F(DesktopWindow, ForgedAndHostileMessagesChangeNothing) {
         d.js(
             "for (let i = 0; i < 5000; i++) {"
             " window.webkit.messageHandlers.stagec.postMessage([i, {}, null]);"
-            " window.webkit.messageHandlers.size.postMessage({junk: i}); } 'sent'");
-        d.pause(1);
+            " window.webkit.messageHandlers.size.postMessage({junk: i}); }"
+            " window.webkit.messageHandlers.heat.postMessage('end-of-flood'); 'sent'");
+        // The last message is handled after the whole flood.
+        EXPECT_TRUE(
+            d.waitForLog("ui: rejected heat action 'end-of-flood': missing/wrong token", 10));
         EXPECT_FALSE(engine.simActive());
         EXPECT_FALSE(engine.settingsInForce().enabled() == false);
         EXPECT_EQ(d.countLog("SIMULATION started"), 0);

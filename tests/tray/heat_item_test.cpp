@@ -215,7 +215,6 @@ TEST_F(HeatItemTest, StartAtLoginKeepsTheCheckMarkOfWhatHappened) {
 TEST_F(HeatItemTest, WithoutATrayHostLogsOnceAndAppearsWhenOneComes) {
     makeItem();
     pumpUntil([&] { return !logLines.empty(); }, 5s);
-    pumpFor(300ms);
     ASSERT_EQ(logLines, std::vector<std::string>{"ui: no tray host; the window is the only view"});
     EXPECT_FALSE(item->hostPresent());
     item->setTitle("HOT · 90°", HeatColor::red);
@@ -227,7 +226,10 @@ TEST_F(HeatItemTest, WithoutATrayHostLogsOnceAndAppearsWhenOneComes) {
     const auto props = propsWhen(*ref, [](const ItemProps& p) { return p.label == "HOT · 90°"; });
     EXPECT_EQ(props.label, "HOT · 90°");
     EXPECT_TRUE(item->hostPresent());
-    EXPECT_EQ(logLines.back(), "ui: tray host found; the heat item is shown");
+    // Said once while there was no host: the next line is the host's arrival.
+    const std::vector<std::string> said{"ui: no tray host; the window is the only view",
+                                        "ui: tray host found; the heat item is shown"};
+    EXPECT_EQ(logLines, said);
 }
 
 }  // namespace
