@@ -142,8 +142,8 @@ TEST(LinuxBackend, ThermalLimitsCarryTheNamesTheTemperaturesAreListedUnder) {
         });
         return found != limits.end() ? std::optional(found->celsius) : std::nullopt;
     };
-    EXPECT_EQ(limitOf("hwmon coretemp Package id 0", "critical"), 100.0);
-    EXPECT_EQ(limitOf("thermal acpitz", "critical"), 128.0);
+    EXPECT_EQ(limitOf("hwmon coretemp Package id 0", "serious"), 100.0);  // its crit
+    EXPECT_EQ(limitOf("thermal acpitz", "critical"), 123.0);  // 5 °C before its critical trip
     for (const ThermalLimit& limit : limits) {
         EXPECT_EQ(limit.source.find("/sys/"), std::string::npos) << limit.source;
     }
