@@ -49,6 +49,7 @@ grep -q "^READY=1|STATUS=" "$NOTES" || fail "no READY=1 with a status: $(cat "$N
 grep -q "STATUS=EMERGENCY · " "$NOTES" || fail "no EMERGENCY status: $(cat "$NOTES")"
 grep -q "^WATCHDOG=1$" "$NOTES" || fail "no watchdog ping: $(cat "$NOTES")"
 stop_monitor
-sleep 0.2
+# The listener writes what it receives a moment later.
+for _ in $(seq 50); do grep -q "^STOPPING=1$" "$NOTES" && break; sleep 0.1; done
 grep -q "^STOPPING=1$" "$NOTES" || fail "no STOPPING=1 at the end: $(cat "$NOTES")"
 pass

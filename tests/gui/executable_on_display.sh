@@ -62,7 +62,13 @@ start_app() {
 DISPLAY=:987 "$EXE" --data-dir "$WORK/nodisplay" --dry-run-shutdown --mute --consent on \
   >"$WORK/nodisplay.txt" 2>&1 &
 nd=$!
-sleep 2
+# Headless once its first sample is logged.
+deadline=$((SECONDS + 20))
+until [[ -f "$WORK/nodisplay/heat.log" ]] && grep -q -F "live: thermal=" "$WORK/nodisplay/heat.log"; do
+  ((SECONDS < deadline)) || fail "the headless fallback logged no sample: $(cat "$WORK/nodisplay.txt")"
+  kill -0 "$nd" 2>/dev/null || fail "the headless fallback ended early: $(cat "$WORK/nodisplay.txt")"
+  sleep 0.1
+done
 kill -TERM "$nd"
 wait "$nd" || fail "the headless fallback did not end cleanly"
 grep -q "cannot open the display; running headless" "$WORK/nodisplay.txt" ||
