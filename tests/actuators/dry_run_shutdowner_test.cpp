@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "actuators/log_recorder.hpp"
-#include "support/manual_queue.hpp"
 #include "actuators/script_runner.hpp"
 #include "actuators/standins.hpp"
+#include "support/manual_queue.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora {

@@ -12,8 +12,8 @@
 #include "actuators/fake_logind.hpp"
 #include "actuators/linux/logind_calls.hpp"
 #include "actuators/log_recorder.hpp"
-#include "support/manual_queue.hpp"
 #include "actuators/private_bus.hpp"
+#include "support/manual_queue.hpp"
 
 namespace velmora {
 namespace {

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "actuators/log_recorder.hpp"
-#include "support/manual_queue.hpp"
 #include "actuators/standins.hpp"
+#include "support/manual_queue.hpp"
 #include "support/temp_dir.hpp"
 
 namespace velmora {

@@ -4,8 +4,8 @@
 
 #include <chrono>
 
-#include "support/scripted_backend.hpp"
 #include "metrics/live_names.hpp"
+#include "support/scripted_backend.hpp"
 
 namespace velmora {
 namespace {

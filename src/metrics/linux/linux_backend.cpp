@@ -122,7 +122,8 @@ void LinuxBackend::setThermalSources() {
         if (conditions.empty()) continue;
         sourceDefs.push_back({inv_.zones[i].temp.path(), std::move(conditions)});
         thermalSlots_.push_back({SlotKind::zone, i});
-        thermalNames_.push_back(i < zoneSources.size() ? zoneSources[i] : "thermal " + inv_.zones[i].type);
+        thermalNames_.push_back(i < zoneSources.size() ? zoneSources[i]
+                                                       : "thermal " + inv_.zones[i].type);
     }
     for (std::size_t i = 0; i < inv_.hwmon.temps.size(); ++i) {
         auto conditions = hwmonConditions(inv_.hwmon.temps[i].limits);
