@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "gui/desktop_case.hpp"
+#include "gui/shown_figures.hpp"
 #include "tray/sni_client.hpp"
 #include "tray/tray_support.hpp"
 
@@ -44,22 +45,12 @@ class DesktopTray : public DesktopCase {
         DesktopCase::SetUp();
         if (IsSkipped()) return;
         // A copy of the laptop, so that its CPU temperature can change under the running app.
-        machine = dir / "machine";
-        std::filesystem::copy(fixture("intel_laptop"), machine,
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::copy_symlinks);
-        setenv("VELMORA_ROOT", machine.c_str(), 1);
+        useMachineCopy();
     }
 
     void startWatcher() {
         watcher = std::make_unique<test::StandinWatcher>(dir / "watcher.log");
         ASSERT_TRUE(watcher->ready());
-    }
-
-    /// Rewrites the package sensor in place, as the kernel would: same file, new value.
-    void setCpuTemperature(int celsius) {
-        std::ofstream(machine / "sys/class/hwmon/hwmon3/temp1_input", std::ios::trunc)
-            << celsius * 1000 << "\n";
     }
 
     std::optional<ItemRef> item(DesktopDriver& d) {
@@ -156,7 +147,6 @@ class DesktopTray : public DesktopCase {
         gdk_event_free(event);
     }
 
-    std::filesystem::path machine;
     std::unique_ptr<test::StandinWatcher> watcher;
     test::SniClient client;
 };
@@ -340,6 +330,8 @@ TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOn
         EXPECT_TRUE(waitForPopupJs(d, popupCpuScript, "62°C"))
             << popupJs(d, popupCpuScript).value_or("?");
         EXPECT_TRUE(waitForPopupJs(d, popupLevelScript, "NORMAL"));
+        EXPECT_TRUE(
+            showsTheLiveFigures(d, [&](const std::string& script) { return popupJs(d, script); }));
 
         d.chooseAppearance("light");
         EXPECT_TRUE(waitForPopupJs(d, popupThemeScript, "light"));
