@@ -97,7 +97,9 @@ class DesktopTray : public DesktopCase {
 
     std::optional<std::string> popupJs(DesktopDriver& d, const std::string& script) {
         auto evaluation = std::make_unique<Evaluation>();
-        auto* view = d.session.shell.popup()->view().webView();
+        auto* page = d.session.shell.popup()->view();
+        if (page == nullptr) return std::nullopt;  // closed: there is no page to ask
+        auto* view = page->webView();
         webkit_web_view_evaluate_javascript(view, script.c_str(), -1, nullptr, nullptr, nullptr,
                                             onEvaluated, evaluation.get());
         if (!d.waitUntil([&] { return evaluation->done; }, 10)) {
@@ -351,16 +353,21 @@ TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOn
         EXPECT_TRUE(d.waitUntil([&] { return !shell.popoverShown(); }, 5));
         EXPECT_TRUE(shell.windowVisible());
 
-        // Closed, it is sent nothing; opened again, it is brought up to date at once.
+        // Closed, it holds no web view (and no web process); opened again, its page is made
+        // anew, in the appearance chosen meanwhile, and brought up to date at once.
+        EXPECT_TRUE(d.waitUntil([&] { return shell.popup()->view() == nullptr; }, 5));
+        d.chooseAppearance("light");
         setCpuTemperature(75);
         EXPECT_EQ(
             propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 75°"; }).label,
             "NORMAL · 75°");
-        d.pause(1.2);
-        EXPECT_EQ(popupJs(d, popupCpuScript), "70°C");
+        EXPECT_EQ(shell.popup()->view(), nullptr);
         click(d, *ref, "Live readings…");
         ASSERT_TRUE(d.waitUntil([&] { return shell.popoverShown(); }, 5));
         EXPECT_TRUE(waitForPopupJs(d, popupCpuScript, "75°C"));
+        EXPECT_TRUE(waitForPopupJs(d, popupThemeScript, "light"));
+        EXPECT_TRUE(showsTheLiveFigures(
+            d, [&](const std::string& script) { return popupJs(d, script); }));
 
         // Another window taking the focus closes it, as a click elsewhere does.
         loseFocus(window);

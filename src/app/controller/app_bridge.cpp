@@ -34,8 +34,10 @@ void AppController::loadPage(const std::string& name) {
 }
 
 void AppController::installUserScripts() {
-    shell_.setDocumentStartScript(WebView::main,
-                                  documentStartScript(token_, rawValue(appearance_)));
+    const auto script = documentStartScript(token_, rawValue(appearance_));
+    shell_.setDocumentStartScript(WebView::main, script);
+    // The popup's page is made anew at each opening, with the appearance of that moment.
+    if (ui_.heatItem) shell_.setDocumentStartScript(WebView::menu, script);
 }
 
 void AppController::pushRender(const nlohmann::json& view) {

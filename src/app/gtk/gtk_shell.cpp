@@ -162,11 +162,20 @@ std::optional<std::filesystem::path> GtkShell::pageFile(std::string_view name) c
 
 void GtkShell::loadPage(WebView view, const std::filesystem::path& file,
                         const std::filesystem::path& readAccess) {
-    if (auto* page = pageView(view)) page->load(file, readAccess);
+    // The popup keeps its page for the view it makes each time it opens.
+    if (view == WebView::menu && popup_) {
+        popup_->setPage(file, readAccess);
+    } else if (auto* page = pageView(view)) {
+        page->load(file, readAccess);
+    }
 }
 
 void GtkShell::setDocumentStartScript(WebView view, const std::string& source) {
-    if (auto* page = pageView(view)) page->setDocumentStartScript(source);
+    if (view == WebView::menu && popup_) {
+        popup_->setDocumentStartScript(source);
+    } else if (auto* page = pageView(view)) {
+        page->setDocumentStartScript(source);
+    }
 }
 
 void GtkShell::evaluate(WebView view, const std::string& script) {

@@ -10,7 +10,7 @@ namespace velmora {
 
 PageView* GtkShell::pageView(WebView view) const {
     if (view == WebView::main) return mainView_.get();
-    return popup_ ? &popup_->view() : nullptr;
+    return popup_ ? popup_->view() : nullptr;
 }
 
 void GtkShell::addOwnIcons() const {
@@ -34,8 +34,7 @@ void GtkShell::createHeatItem(const std::string& title, const std::string& docum
                                                             if (events_.pageFinished)
                                                                 events_.pageFinished(WebView::menu);
                                                         }});
-    // Installed once: later theme changes reach the popup through the theme call.
-    popup_->view().setDocumentStartScript(documentStartScript);
+    popup_->setDocumentStartScript(documentStartScript);
     heatItem_ = std::make_unique<HeatItem>(title, iconSearchPath(resources_), heatItemActions());
     heatItem_->setAppearance(appearance_);
     const auto entry = autostartEntryPath(PlatformEnvironment::current());
