@@ -7,7 +7,7 @@ set -euo pipefail
 exe=${1:?executable}
 core=${2:?shared library}
 module=${3:?desktop module}
-for tool in nm readelf c++filt; do
+for tool in nm readelf; do
   command -v "$tool" >/dev/null 2>&1 || { echo "SKIP: $tool is not installed"; exit 77; }
 done
 fail() { echo "FAIL: $*" >&2; exit 1; }
