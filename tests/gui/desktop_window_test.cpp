@@ -415,6 +415,22 @@ TEST_F(DesktopWindow, ClosingTheWindowEndsTheRunWithStatusZero) {
     EXPECT_EQ(log.substr(log.size() - 10), "---- quit\n");
 }
 
+TEST_F(DesktopWindow, AConsentAnswerThatCannotBeSavedIsToldOnTheTerminal) {
+    // A folder where the settings file belongs: the answer holds for the run but cannot be
+    // saved, and the log may be the last place anyone looks.
+    std::filesystem::create_directories(data / "settings.json" / "in-the-way");
+    ::testing::internal::CaptureStderr();
+    const int status = run({"--consent", "on"}, [](DesktopDriver& d) {
+        EXPECT_TRUE(d.waitForLog("stage-c: ERROR saving consent: ", 5));
+    });
+    const auto terminal = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(terminal.find("velmora-heat-monitor: could not save the consent answer in " +
+                            (data / "settings.json").string() + "; it holds until this run ends"),
+              std::string::npos)
+        << terminal;
+}
+
 TEST_F(DesktopWindow, MarkerFromALastShutdownShowsReliefInBothThemes) {
     std::filesystem::create_directories(data);
     std::ofstream(data / "settings.json") << R"({"autoShutdown":true,"consentRecorded":true})";

@@ -142,6 +142,11 @@ ScannedArguments scanArguments(const std::vector<std::string>& args) {
     return Scanner(args).run();
 }
 
+bool switchGiven(const ScannedArguments& scanned, std::string_view name) {
+    return std::ranges::any_of(scanned.given,
+                               [&](const GivenSwitch& g) { return g.option->name == name; });
+}
+
 std::optional<std::string> commandLineProblem(const std::vector<std::string>& args) {
     auto scanned = scanArguments(args);
     if (scanned.problem.empty()) return std::nullopt;

@@ -14,8 +14,8 @@
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
+#include "app/controller/start_report.hpp"
 #include "app/core/appearance.hpp"
-#include "app/core/data_dir_check.hpp"
 #include "app/gtk/gtk_shell.hpp"
 #include "app/gtk/page_view.hpp"
 #include "app/headless/glib_main_loop.hpp"
@@ -50,7 +50,6 @@ class DesktopRun {
     static gboolean onSignal(gpointer application);
     static int onDisplayLost(Display* display);
     void start(GtkApplication* application);
-    void reportStartProblems() const;
 
     static DesktopRun* current_;
 
@@ -141,20 +140,10 @@ void DesktopRun::start(GtkApplication* application) {
     if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) XSetIOErrorHandler(onDisplayLost);
     app.start();
     if (sandboxNote) app.log(*sandboxNote);
-    reportStartProblems();
+    reportStartProblems(app);
     if (hooks_.started) {
         DesktopSession session{application, *shell_, app};
         hooks_.started(session);
-    }
-}
-
-void DesktopRun::reportStartProblems() const {
-    if (const auto problem = dataDirProblem(app_->options().dataDir)) {
-        std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
-    }
-    if (app_->options().consent && !app_->engine()->settingsInForce().consentRecorded) {
-        std::fprintf(stderr, "velmora-heat-monitor: could not record consent in %s\n",
-                     app_->engine()->settingsFile().c_str());
     }
 }
 

@@ -5,16 +5,8 @@
 #include "app/core/file_preferences.hpp"
 #include "app/linux/journal_mirror.hpp"
 #include "app/linux/systemd_notifier.hpp"
-#include "metrics/backend_factory.hpp"
 
 namespace velmora {
-
-std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts) {
-    auto collector =
-        std::make_unique<HeatCollector>(makePlatformBackend(metricsRootFromEnvironment()));
-    collector->forcedThermal = opts.forceThermal;
-    return collector;
-}
 
 PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnvironment& env,
                                 const std::filesystem::path& resources) {

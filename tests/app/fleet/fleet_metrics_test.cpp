@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -171,6 +172,14 @@ class MetricsFileTest : public ::testing::Test {
         std::ifstream in(path_);
         return {std::istreambuf_iterator<char>(in), {}};
     }
+    /// What a folder holds: the file alone, no temporary beside it.
+    static std::vector<std::string> entries(const std::filesystem::path& dir) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(dir))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
     static nlohmann::json view(int level, const std::string& state, std::int64_t remaining = 0,
                                bool sim = false) {
         return {{"level", level}, {"state", state},       {"remaining", remaining},
@@ -212,7 +221,7 @@ TEST_F(MetricsFileTest, WritesAWholeValidFileAfterEachSampleAndLeavesNoTemporary
               80.0);
     metrics.sampled(LiveInputs{}, Timestamp::fromSeconds(6));
     EXPECT_EQ(checkExposition(contents()).value("velmora_last_sample_timestamp_seconds"), 6.0);
-    EXPECT_FALSE(std::filesystem::exists(path_.string() + ".tmp"));
+    EXPECT_EQ(entries(path_.parent_path()), std::vector<std::string>{"velmora.prom"});
     EXPECT_TRUE(logged_.empty());
 }
 
@@ -229,7 +238,7 @@ TEST_F(MetricsFileTest, AFailedWriteIsLoggedOnceAndItsRecoveryToo) {
     ASSERT_EQ(logged_.size(), 2U);
     EXPECT_EQ(logged_[1], "metrics: writing " + path_.string() + " again");
     EXPECT_TRUE(std::filesystem::exists(path_));
-    EXPECT_FALSE(std::filesystem::exists(path_.string() + ".tmp"));
+    EXPECT_EQ(entries(path_.parent_path()), std::vector<std::string>{"velmora.prom"});
 }
 
 TEST_F(MetricsFileTest, PromtoolAcceptsTheFile) {
