@@ -84,6 +84,8 @@ void Forecaster::restart() {
     fit_.reset();
     forecast_.reset();
     lastAt_.reset();
+    pendingT_ = 0.0;
+    pendingC_ = 0.0;
     pendingCount_ = 0;
 }
 

@@ -158,6 +158,14 @@ TEST(Forecaster, AGapStartsTheWindowAgain) {
     forecaster.add(MonoTime::fromSeconds(later), 70.0, kLimit);
     EXPECT_FALSE(forecaster.current(MonoTime::fromSeconds(later)).has_value());
     EXPECT_FALSE(forecaster.lastFit().has_value());
+    // The new window holds only what came after the gap: a flat 70 °C is steady, exactly.
+    for (int s = 1; s <= 30; ++s)
+        forecaster.add(MonoTime::fromSeconds(later + s), 70.0, kLimit);
+    const auto after = forecaster.current(MonoTime::fromSeconds(later + 30));
+    ASSERT_TRUE(after.has_value());
+    EXPECT_EQ(after->kind, ForecastKind::steady);
+    EXPECT_NEAR(forecaster.lastFit()->line->at(0.0), 70.0, 1e-9);
+    EXPECT_EQ(forecaster.stepsSeen(), 0);
 }
 
 TEST(Forecaster, TimeGoingBackwardsOrANewLimitStartsTheWindowAgain) {
