@@ -39,8 +39,8 @@ std::optional<Forecast> ForecastFeed::sample(const std::vector<LimitReading>& re
     return forecast;
 }
 
-void ForecastFeed::noteChange(const std::optional<Forecast>& forecast,
-                              const LimitReading* reading, MonoTime now) {
+void ForecastFeed::noteChange(const std::optional<Forecast>& forecast, const LimitReading* reading,
+                              MonoTime now) {
     if (criticalWithin(forecast, clearedBeyond)) lastHeading_ = now;
     // A window started again has no forecast for a few seconds: that alone is no all-clear.
     const bool silent = !forecast && lastHeading_ && now - *lastHeading_ < silenceCleared;

@@ -198,8 +198,8 @@ double fCriticalOneExtra(int residualFreedom, double alpha) {
     const double g1 = (z2 + 1.0) * z / 4.0;
     const double g2 = ((5.0 * z2 + 16.0) * z2 + 3.0) * z / 96.0;
     const double g3 = (((3.0 * z2 + 19.0) * z2 + 17.0) * z2 - 15.0) * z / 384.0;
-    const double g4 = ((((79.0 * z2 + 776.0) * z2 + 1482.0) * z2 - 1920.0) * z2 - 945.0) * z /
-                      92160.0;
+    const double g4 =
+        ((((79.0 * z2 + 776.0) * z2 + 1482.0) * z2 - 1920.0) * z2 - 945.0) * z / 92160.0;
     const double t = z + g1 / v + g2 / (v * v) + g3 / (v * v * v) + g4 / (v * v * v * v);
     return t * t;
 }

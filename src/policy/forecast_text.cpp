@@ -38,7 +38,8 @@ std::string forecastPhrase(const Forecast& forecast) {
 
 std::string forecastHeadline(const Forecast& forecast) {
     std::string text = forecastPhrase(forecast);
-    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
+        text[0] = static_cast<char>(text[0] - 'a' + 'A');
     return text;
 }
 
@@ -55,8 +56,8 @@ std::string forecastLogLine(const Forecast& forecast) {
     } else if (forecast.risePerMinuteC) {
         const double tenths = std::round(*forecast.risePerMinuteC * 10.0) / 10.0;
         const long whole = std::lround(tenths * 10.0);
-        course = "rising " + std::to_string(whole / 10) + "." + std::to_string(whole % 10) +
-                 " °C/min";
+        course =
+            "rising " + std::to_string(whole / 10) + "." + std::to_string(whole % 10) + " °C/min";
     } else {
         course = "rising";
     }

@@ -60,7 +60,8 @@ bool exponentialExplainsMore(const LineFit& line, const ExponentialFit& exp, std
 
 // Where the window should start again because the course changed inside it; nothing when it
 // did not.
-std::optional<std::size_t> bendIn(const std::vector<SeriesPoint>& points, const Forecaster::Fit& fit) {
+std::optional<std::size_t> bendIn(const std::vector<SeriesPoint>& points,
+                                  const Forecaster::Fit& fit) {
     if (points.size() < kBendMinBins || !fit.line) return std::nullopt;
     const auto hinge = fitHinge(points, kBinsBeforeBend, kBinsAfterBend);
     if (!hinge || std::fabs(hinge->change) < kMinimumBend) return std::nullopt;
@@ -139,8 +140,7 @@ bool Forecaster::stepInNewestBins() {
         return true;
     };
     if (before.line && !missesAll([&](double x) { return before.line->at(x); })) return false;
-    if (before.exponential &&
-        !missesAll([&](double x) { return before.exponential->at(x); })) {
+    if (before.exponential && !missesAll([&](double x) { return before.exponential->at(x); })) {
         return false;
     }
     return before.line.has_value();
@@ -151,8 +151,9 @@ bool Forecaster::stepInNewestBins() {
 void Forecaster::keepFromStep() {
     const Fit& before = history_[history_.size() - 1 - kStepBins];
     const auto model = [&](double t) {
-        return before.useExponential && before.exponential ? before.exponential->at(t - before.start)
-                                                           : before.line->at(t - before.start);
+        return before.useExponential && before.exponential
+                   ? before.exponential->at(t - before.start)
+                   : before.line->at(t - before.start);
     };
     std::size_t first = bins_.size() - kStepBins;
     const double side = bins_.back().celsius - model(bins_.back().t);
@@ -223,7 +224,8 @@ Forecast Forecaster::forecastFrom(const Fit& fit, double now) const {
             const double level = std::max(exp.level, limit + kNearLevelAbove);
             out.kind = ForecastKind::critical;
             out.levelC = exp.level;
-            const double eta = nowC >= limit ? 0.0 : exp.tau * std::log((level - nowC) / (level - limit));
+            const double eta =
+                nowC >= limit ? 0.0 : exp.tau * std::log((level - nowC) / (level - limit));
             out.eta = Seconds(std::max(0.0, eta));
         } else if (exp.level - nowC >= kMinimumRiseC) {
             out.kind = ForecastKind::levelling;

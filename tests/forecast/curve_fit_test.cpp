@@ -43,7 +43,8 @@ TEST(CurveFit, TooFewPointsFitNothing) {
 }
 
 TEST(CurveFit, AHingeFindsWhereARampStarts) {
-    const auto points = sampled(150, 3, [](double x) { return x < 60 ? 50.0 : 50.0 + 0.1 * (x - 60); });
+    const auto points =
+        sampled(150, 3, [](double x) { return x < 60 ? 50.0 : 50.0 + 0.1 * (x - 60); });
     const auto hinge = fitHinge(points, 3, 7);
     ASSERT_TRUE(hinge.has_value());
     EXPECT_DOUBLE_EQ(hinge->bendX, 60.0);

@@ -19,8 +19,8 @@ constexpr int kCurves = 160;
 TEST(ForecastStatistics, GeneratedCurvesStayWithinTheMissLateFalseAlarmAndErrorThresholds) {
     const auto curves = makeTestCurves(kSeed, kCurves);
     ASSERT_GE(curves.size(), 100U);
-    const auto ours = scoreForecasts(
-        curves, [](const TestCurve& c) { return replayEtas(c.readings, c.limitC); });
+    const auto ours =
+        scoreForecasts(curves, [](const TestCurve& c) { return replayEtas(c.readings, c.limitC); });
     const auto line = scoreForecasts(
         curves, [](const TestCurve& c) { return plainLineEtas(c.readings, c.limitC); });
     std::cout << ours.summary("forecaster") << "\n" << line.summary("plain line") << "\n";

@@ -70,17 +70,17 @@ TEST_P(FirstOrderRise, GivesTauLevelAndEtaWithinFivePercentOnceATimeConstantHasB
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forecaster, FirstOrderRise,
-    ::testing::Values(RiseCase{20, -5}, RiseCase{20, 5}, RiseCase{20, 15}, RiseCase{60, -5},
-                      RiseCase{60, 5}, RiseCase{60, 15}, RiseCase{240, -5}, RiseCase{240, 5},
-                      RiseCase{240, 15}, RiseCase{600, -5}, RiseCase{600, 5}, RiseCase{600, 15}),
-    [](const auto& info) {
-        const auto& c = info.param;
-        return "Tau" + std::to_string(static_cast<int>(c.tau)) +
-               (c.levelOffset < 0 ? "Under" : "Over") +
-               std::to_string(static_cast<int>(std::fabs(c.levelOffset)));
-    });
+INSTANTIATE_TEST_SUITE_P(Forecaster, FirstOrderRise,
+                         ::testing::Values(RiseCase{20, -5}, RiseCase{20, 5}, RiseCase{20, 15},
+                                           RiseCase{60, -5}, RiseCase{60, 5}, RiseCase{60, 15},
+                                           RiseCase{240, -5}, RiseCase{240, 5}, RiseCase{240, 15},
+                                           RiseCase{600, -5}, RiseCase{600, 5}, RiseCase{600, 15}),
+                         [](const auto& info) {
+                             const auto& c = info.param;
+                             return "Tau" + std::to_string(static_cast<int>(c.tau)) +
+                                    (c.levelOffset < 0 ? "Under" : "Over") +
+                                    std::to_string(static_cast<int>(std::fabs(c.levelOffset)));
+                         });
 
 std::vector<ReplaySample> ramp(double startC, double perSecond, double length) {
     std::vector<ReplaySample> samples;

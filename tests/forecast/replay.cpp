@@ -45,16 +45,19 @@ ReplayInput readReplayInput(std::istream& in) {
         const std::string_view text = trimmed(line);
         if (text.empty()) continue;
         const auto comma = text.find(',');
-        const auto t = comma == std::string_view::npos ? std::nullopt : number(text.substr(0, comma));
+        const auto t =
+            comma == std::string_view::npos ? std::nullopt : number(text.substr(0, comma));
         const auto celsius =
             comma == std::string_view::npos ? std::nullopt : number(text.substr(comma + 1));
         const std::string where = "line " + std::to_string(number_) + ": ";
         if (!t || !celsius) {
-            input.problem = where + "expected \"seconds,celsius\" (two numbers), got " + quoted(text);
+            input.problem =
+                where + "expected \"seconds,celsius\" (two numbers), got " + quoted(text);
             return input;
         }
         if (!input.samples.empty() && *t < input.samples.back().t) {
-            input.problem = where + "time goes backwards (" + std::string(trimmed(text.substr(0, comma))) +
+            input.problem = where + "time goes backwards (" +
+                            std::string(trimmed(text.substr(0, comma))) +
                             " after an earlier, later time)";
             return input;
         }
@@ -65,7 +68,7 @@ ReplayInput readReplayInput(std::istream& in) {
 }
 
 std::vector<std::optional<double>> replayEtas(const std::vector<ReplaySample>& samples,
-                                             double limitC) {
+                                              double limitC) {
     Forecaster forecaster;
     std::vector<std::optional<double>> etas;
     etas.reserve(samples.size());
@@ -85,7 +88,9 @@ void writeReplay(std::ostream& out, const std::vector<ReplaySample>& samples,
     for (std::size_t i = 0; i < samples.size(); ++i) {
         std::array<char, 32> t{};
         const auto [end, ec] = std::to_chars(t.data(), t.data() + t.size(), samples[i].t);
-        out << std::string_view(t.data(), ec == std::errc() ? static_cast<std::size_t>(end - t.data()) : 0) << ',';
+        out << std::string_view(t.data(),
+                                ec == std::errc() ? static_cast<std::size_t>(end - t.data()) : 0)
+            << ',';
         if (i < etas.size() && etas[i]) {
             out << std::lround(*etas[i]) << '\n';
         } else {

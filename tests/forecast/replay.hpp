@@ -30,7 +30,7 @@ ReplayInput readReplayInput(std::istream& in);
 /// The forecast ETA in seconds after each sample (nothing where there is none), through the
 /// same `Forecaster` the watchdog runs.
 std::vector<std::optional<double>> replayEtas(const std::vector<ReplaySample>& samples,
-                                             double limitC);
+                                              double limitC);
 
 /// "t,eta" per sample, eta in whole seconds or "none".
 void writeReplay(std::ostream& out, const std::vector<ReplaySample>& samples,

@@ -58,8 +58,8 @@ std::string ForecastScores::summary(const std::string& name) const {
     std::snprintf(line.data(), line.size(),
                   "%-12s misses %5.1f %% (%d/%d), late %5.1f %% (%d), false critical within 5 "
                   "min %5.1f %% (%d/%d; curves %d/%d), median relative error %5.1f %%",
-                  name.c_str(), 100.0 * missRate(), misses, crossingAhead, 100.0 * lateRate(),
-                  late, 100.0 * falseCriticalRate(), falseCritical, quiet, quietCurvesAlarmed,
+                  name.c_str(), 100.0 * missRate(), misses, crossingAhead, 100.0 * lateRate(), late,
+                  100.0 * falseCriticalRate(), falseCritical, quiet, quietCurvesAlarmed,
                   quietCurves, 100.0 * medianRelativeError());
     return line.data();
 }
@@ -91,7 +91,7 @@ ForecastScores scoreForecasts(const std::vector<TestCurve>& curves, const EtaRep
 }
 
 std::vector<std::optional<double>> plainLineEtas(const std::vector<ReplaySample>& samples,
-                                                double limitC) {
+                                                 double limitC) {
     constexpr double kWindow = 240.0;
     std::deque<ReplaySample> window;
     std::vector<std::optional<double>> etas;

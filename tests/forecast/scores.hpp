@@ -43,6 +43,6 @@ ForecastScores scoreForecasts(const std::vector<TestCurve>& curves, const EtaRep
 /// The plain straight line a monitoring system would draw: least squares over the last 240 s
 /// of readings, extended to the limit when it rises; nothing otherwise.
 std::vector<std::optional<double>> plainLineEtas(const std::vector<ReplaySample>& samples,
-                                                double limitC);
+                                                 double limitC);
 
 }  // namespace velmora::testing

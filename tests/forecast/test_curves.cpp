@@ -20,8 +20,8 @@ double logUniform(Random& random, double lo, double hi) {
 }
 
 // Heat that flows toward a level that may move: dT/dt = (level(t) − T) / tau, in small steps.
-std::vector<double> firstOrder(double startC, double tau, const std::function<double(double)>& level,
-                               double length) {
+std::vector<double> firstOrder(double startC, double tau,
+                               const std::function<double(double)>& level, double length) {
     constexpr int kSubsteps = 20;
     std::vector<double> values;
     double celsius = startC;
@@ -61,12 +61,15 @@ TestCurve rise(Random& random, double limitC, bool over) {
     const double idle = uniform(random, 35.0, 60.0);
     const double stepAt = uniform(random, 30.0, 120.0);
     const double tau = logUniform(random, 20.0, 400.0);
-    const double level = over ? limitC + uniform(random, 3.0, 25.0) : limitC - uniform(random, 3.0, 20.0);
+    const double level =
+        over ? limitC + uniform(random, 3.0, 25.0) : limitC - uniform(random, 3.0, 20.0);
     const double start = std::min(idle, level - 15.0);
     double length = stepAt + std::clamp(4.0 * tau, 300.0, 1200.0);
-    if (over) length = stepAt + std::min(1200.0, tau * std::log((level - start) / (level - limitC)) + 30.0);
-    const auto exact =
-        firstOrder(start, tau, [&](double t) { return t < stepAt ? start : level; }, length);
+    if (over)
+        length =
+            stepAt + std::min(1200.0, tau * std::log((level - start) / (level - limitC)) + 30.0);
+    const auto exact = firstOrder(
+        start, tau, [&](double t) { return t < stepAt ? start : level; }, length);
     read(curve, exact, random);
     curve.judgedFrom = stepAt + 20.0;
     curve.quietFrom = stepAt + tau;

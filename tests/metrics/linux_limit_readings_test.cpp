@@ -68,10 +68,12 @@ TEST(LinuxLimitReadings, TheCollectorForecastsTheRisingCpuAndLogsItOnce) {
     std::optional<Forecast> last;
     // 60 °C rising half a degree a second toward the 105 °C emergency limit.
     for (int second = 1; second <= 60; ++second) {
-        tree.write("sys/class/hwmon/hwmon0/temp1_input", std::to_string(60000 + 500 * second) + "\n");
+        tree.write("sys/class/hwmon/hwmon0/temp1_input",
+                   std::to_string(60000 + 500 * second) + "\n");
         mono = MonoTime::fromSeconds(1000 + second);
         last = collector.sample(kStart + std::chrono::seconds(second)).forecast;
-        for (std::string& line : collector.takeNotices()) lines.push_back(std::move(line));
+        for (std::string& line : collector.takeNotices())
+            lines.push_back(std::move(line));
     }
     ASSERT_TRUE(last.has_value());
     EXPECT_EQ(last->kind, ForecastKind::critical);
