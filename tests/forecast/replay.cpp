@@ -27,6 +27,12 @@ std::optional<double> number(std::string_view text) {
     return value;
 }
 
+std::string secondsText(double seconds) {
+    std::array<char, 32> text{};
+    const auto [end, ec] = std::to_chars(text.data(), text.data() + text.size(), seconds);
+    return ec == std::errc() ? std::string(text.data(), end) : std::string("?");
+}
+
 std::string quoted(std::string_view text) {
     constexpr std::size_t kShown = 60;
     std::string shown(text.substr(0, kShown));
@@ -56,9 +62,8 @@ ReplayInput readReplayInput(std::istream& in) {
             return input;
         }
         if (!input.samples.empty() && *t < input.samples.back().t) {
-            input.problem = where + "time goes backwards (" +
-                            std::string(trimmed(text.substr(0, comma))) +
-                            " after an earlier, later time)";
+            input.problem = where + "time goes backwards (" + secondsText(*t) + " s after " +
+                            secondsText(input.samples.back().t) + " s)";
             return input;
         }
         input.samples.push_back({*t, *celsius});
