@@ -124,9 +124,10 @@ void Forecaster::closeBin() {
 
 // Both models, fitted before the newest bins were in, miss each of them by far, on one side.
 bool Forecaster::stepInNewestBins() {
-    if (history_.size() <= static_cast<std::size_t>(kStepBins)) return false;
+    // The fit made when the bin before the newest ones closed: it has seen none of them.
+    if (history_.size() < static_cast<std::size_t>(kStepBins)) return false;
     if (bins_.size() <= static_cast<std::size_t>(kStepBins)) return false;
-    const Fit& before = history_[history_.size() - 1 - kStepBins];
+    const Fit& before = history_[history_.size() - kStepBins];
     const double threshold = std::max(kStepSigmas * before.noise, kStepMinimum);
     const auto missesAll = [&](auto model) {
         int side = 0;
@@ -149,7 +150,7 @@ bool Forecaster::stepInNewestBins() {
 // Keeps the bins that already left the old course: the newest ones and any just before them
 // that were drifting off the same way.
 void Forecaster::keepFromStep() {
-    const Fit& before = history_[history_.size() - 1 - kStepBins];
+    const Fit& before = history_[history_.size() - kStepBins];
     const auto model = [&](double t) {
         return before.useExponential && before.exponential
                    ? before.exponential->at(t - before.start)
