@@ -8,12 +8,14 @@
   const D = window.HeatDom;
   const apply = D.bind(document.body);
   const spark = document.getElementById('spark');
+  const forecast = document.getElementById('forecast');
 
   window.heatLive = {
     render: function (live) {
       const data = live && typeof live === 'object' && !Array.isArray(live) ? live : {};
       apply(data);
       D.sparkline(spark, data.spark);
+      D.forecastLine(forecast, data.forecast);
       D.setAttr(spark, 'aria-label', 'CPU load over the last minute, now ' + D.textOf(D.get(data, 'cpu.value')));
       D.show(document.getElementById('power-label'), D.get(data, 'power.label') !== 'none');
     },

@@ -25,6 +25,7 @@ LiveInputs HeatCollector::sample(Timestamp now) {
     inputs.peakCpuTemp = peakCpuTemp_;
     inputs.cpuHistory = cpuHistory_;
     inputs.forced = forcedThermal.has_value();
+    inputs.forecast = forecast_.sample(backend_->limitReadings(), monoClock());
 
     last_ = inputs;
     lastAt_ = now;
@@ -55,6 +56,13 @@ std::optional<ThermalState> HeatCollector::currentThermal(Timestamp now) const {
     if (!last_ || !lastAt_) return std::nullopt;
     if (now - *lastAt_ < staleAfter) return last_->thermal;
     return std::nullopt;
+}
+
+std::vector<std::string> HeatCollector::takeNotices() {
+    auto notices = backend_->takeNotices();
+    for (std::string& line : forecast_.takeNotices())
+        notices.push_back(std::move(line));
+    return notices;
 }
 
 std::string HeatCollector::sensorSummary() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "metrics/live_forecast.hpp"
 #include "metrics/live_gauges.hpp"
 #include "metrics/live_lists.hpp"
 #include "metrics/live_names.hpp"
@@ -131,6 +132,7 @@ nlohmann::json dictionary(const LiveInputs& in, Platform platform) {
         {"sources", sourcesEntry(in, platform)},
     };
     d.update(peakEntries(in));
+    if (in.forecast) d["forecast"] = forecastEntry(*in.forecast);
     return d;
 }
 

@@ -140,10 +140,27 @@ TEST(FleetMetrics, AbsentFiguresAreLeftOutRatherThanWrittenAsZero) {
          {"velmora_sensor_temperature_celsius", "velmora_cpu_busy_ratio", "velmora_heat_level",
           "velmora_cpu_core_busy_ratio", "velmora_memory_used_bytes",
           "velmora_battery_charge_ratio", "velmora_countdown_remaining_seconds",
-          "velmora_power_watts", "velmora_fan_speed_rpm"}) {
+          "velmora_power_watts", "velmora_fan_speed_rpm", "velmora_critical_eta_seconds"}) {
         EXPECT_EQ(check.count(absent), 0U) << absent;
     }
     EXPECT_EQ(check.value("velmora_emergencies_total"), 0.0);  // a count of none is a real 0
+}
+
+TEST(FleetMetrics, TheCriticalEtaIsWrittenOnlyWhileTheForecastHasOne) {
+    LiveInputs live;
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds(238.6);
+    live.forecast = forecast;
+    auto check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems);
+    EXPECT_EQ(check.value("velmora_critical_eta_seconds"), 239.0);
+    forecast.kind = ForecastKind::levelling;
+    forecast.eta.reset();
+    forecast.levelC = 88.0;
+    live.forecast = forecast;
+    check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_EQ(check.count("velmora_critical_eta_seconds"), 0U);
 }
 
 TEST(ExpositionCheck, CatchesWhatTheCollectorWouldRefuse) {

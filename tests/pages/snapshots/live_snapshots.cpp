@@ -41,6 +41,14 @@ LiveInputs busyLaptop() {
     in.sensors = {NamedTemp{"coretemp Package id 0", 93.6, "hwmon coretemp Package id 0"},
                   NamedTemp{"amdgpu edge", 71.2, "hwmon amdgpu edge"},
                   NamedTemp{"BAT0", 38.0, "hwmon BAT0"}};
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds(238.4);
+    forecast.levelC = 104.2;
+    forecast.source = "CPU";
+    forecast.celsius = 93.6;
+    forecast.limitC = 100.0;
+    in.forecast = forecast;
     return in;
 }
 

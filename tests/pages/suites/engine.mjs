@@ -102,6 +102,9 @@ describe('pages fed by the real engine and live model', { skip: dir ? false : 'V
           assert.equal(await text(page, '#level-label'), live.status.label);
           assert.equal(await text(page, '#cpu-temp'), live.cpuTemp.value);
           if (name !== 'expanded') assert.equal(await text(page, '#thermal-word'), live.thermal.value);
+          const forecastText = live.forecast ? live.forecast.text : '';
+          assert.equal(await visible(page, '#forecast'), forecastText !== '', `${name} ${snapshot}: forecast`);
+          if (forecastText) assert.equal(await text(page, '#forecast'), forecastText);
           if (name !== 'index') {
             assert.equal(await text(page, '#fan'), live.fan.value);
             assert.equal(await text(page, '#battery-state'), live.battery.state);

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "metrics/forecast_feed.hpp"
 #include "metrics/live_inputs.hpp"
 #include "metrics/metrics_backend.hpp"
 #include "metrics/source_table.hpp"
@@ -36,7 +38,7 @@ class HeatCollector {
 
     std::string sensorSummary();
     void assumeThermal(ThermalState previous) { backend_->assumeThermal(previous); }
-    std::vector<std::string> takeNotices() { return backend_->takeNotices(); }
+    std::vector<std::string> takeNotices();
     std::vector<SourceRow> sourceTable() const;
     std::vector<ThermalLimit> thermalLimits() const { return backend_->thermalLimits(); }
 
@@ -45,6 +47,8 @@ class HeatCollector {
 
     /// A test override that replaces the platform's thermal state while set.
     std::optional<ThermalState> forcedThermal;
+    /// The monotonic clock the forecast measures its intervals on.
+    std::function<MonoTime()> monoClock = &MonoTime::now;
 
   private:
     void rememberCpuLoad(std::optional<double> cpuBusy);
@@ -56,6 +60,7 @@ class HeatCollector {
     std::optional<double> peakCpuTemp_;
     std::optional<LiveInputs> last_;
     std::optional<Timestamp> lastAt_;
+    ForecastFeed forecast_;
 };
 
 }  // namespace velmora

@@ -6,6 +6,7 @@
 
 #include "metrics/system_records.hpp"
 #include "metrics/temp_reading.hpp"
+#include "policy/forecast.hpp"
 #include "policy/level.hpp"
 #include "policy/thermal_state.hpp"
 
@@ -40,6 +41,9 @@ struct LiveInputs {
     std::vector<PowerReading> powerSources;
     /// Every battery; `battery` is their combination.
     std::vector<BatteryPack> batteries;
+    /// When the source nearest its critical limit will reach it; absent until the forecaster
+    /// has enough readings, and where the platform states no limits.
+    std::optional<Forecast> forecast;
 
     bool operator==(const LiveInputs&) const = default;
 };
