@@ -129,6 +129,26 @@ TEST_F(DesktopWindow, BothHomePagesShowTheLiveModelsFiguresAndFollowThem) {
     });
 }
 
+TEST_F(DesktopWindow, APageCoveredByAnotherWindowIsNotPushedToAndCatchesUpWhenUncovered) {
+    useMachineCopy();
+    run({"--consent", "on"}, [this](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        ASSERT_TRUE(d.waitForJs(cpuTempScript, "62°C", 10));
+        auto* cover = gtk_window_new(GTK_WINDOW_POPUP);
+        gtk_window_move(GTK_WINDOW(cover), 0, 0);
+        gtk_window_resize(GTK_WINDOW(cover), 4000, 4000);
+        gtk_widget_show(cover);
+        ASSERT_TRUE(d.waitUntil([&] { return !d.session.shell.mainViewSeen(); }, 5));
+        setCpuTemperature(70);
+        // The model has the new figure; the page nobody can see was not told.
+        ASSERT_TRUE(d.waitUntil([&] { return liveText(d, "cpuTemp.value") == "70°C"; }, 10));
+        EXPECT_EQ(d.js(cpuTempScript), "62°C");
+        gtk_widget_destroy(cover);
+        EXPECT_TRUE(d.waitUntil([&] { return d.session.shell.mainViewSeen(); }, 5));
+        EXPECT_TRUE(d.waitForJs(cpuTempScript, "70°C", 5)) << d.js(cpuTempScript).value_or("?");
+    });
+}
+
 TEST_F(DesktopWindow, AfterACancelledEmergencyTheExpandedPageShowsTheFigures) {
     useMachineCopy();
     // The package and the ACPI zone at 130 °C: the zone is past its critical trip point.

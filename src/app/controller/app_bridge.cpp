@@ -58,8 +58,15 @@ void AppController::pushRender(const nlohmann::json& view) {
     shell_.evaluate(WebView::main, renderCall(text, modeName(ui_.mode)));
 }
 
+// A page nobody can see is not pushed to; it is brought up to date when it shows again. The
+// stage pages are rendered whatever the window's state: a countdown is never held back.
 void AppController::pushLive() {
-    if (showsLiveReadings(ui_.pageName)) shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
+    if (!showsLiveReadings(ui_.pageName) || !shell_.mainViewSeen()) return;
+    shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
+}
+
+void AppController::mainViewSeenAgain() {
+    pushLive();
 }
 
 void AppController::pushMenu() {

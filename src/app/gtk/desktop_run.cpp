@@ -136,6 +136,7 @@ void DesktopRun::start(GtkApplication* application) {
         .menu = [&app](MenuAction action) { app.menuAction(action); },
         .windowClosed = [&app] { app.windowClosed(); },
         .heatItemActivated = [&app] { app.toggleMenuPopover(); },
+        .mainViewSeenAgain = [&app] { app.mainViewSeenAgain(); },
     });
     if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) XSetIOErrorHandler(onDisplayLost);
     app.start();

@@ -54,6 +54,7 @@ void GtkShell::createMainWindow(const std::string& title, Size contentSize) {
     gtk_window_set_default_size(window_, static_cast<int>(frame.width),
                                 static_cast<int>(frame.height));
     g_signal_connect(window_, "delete-event", G_CALLBACK(onDelete), this);
+    watchVisibility();
     addMenuActions();
 }
 

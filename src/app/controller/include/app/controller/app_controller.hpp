@@ -92,6 +92,8 @@ class AppController {
     // What the shell reports.
     void receive(PageMessage message);
     void pageFinished(WebView view);
+    /// The main window's page can be seen again: it gets what it missed.
+    void mainViewSeenAgain();
     void menuAction(MenuAction action);
     void toggleMenuPopover();
     /// The user closed the main window: the application ends, as with Quit.

@@ -71,6 +71,9 @@ class Shell {
     /// Sizes the content, centres the window, shows it and brings the application forward.
     virtual void showMainWindow(Size contentSize) = 0;
     virtual bool windowVisible() const = 0;
+    /// Whether anyone can see the main window's page now: false while it is minimised,
+    /// hidden or wholly covered. A shell that cannot tell says true.
+    virtual bool mainViewSeen() const { return true; }
 
     // Web views.
     /// The bundled page file of that name ("index", "stagec", …), when it is shipped.

@@ -26,6 +26,8 @@ struct ShellEvents {
     std::function<void()> windowClosed;
     /// "Live readings…" of the tray item: the controller toggles the popup.
     std::function<void()> heatItemActivated;
+    /// The main window's page can be seen again after it was minimised, hidden or covered.
+    std::function<void()> mainViewSeenAgain;
 };
 
 /// The desktop window on Linux: a GTK application window with a header bar and its menu,
@@ -54,6 +56,7 @@ class GtkShell final : public Shell {
     void setWindowFrame(const Rect& frame, bool animate) override;
     void showMainWindow(Size contentSize) override;
     bool windowVisible() const override;
+    bool mainViewSeen() const override;
 
     std::optional<std::filesystem::path> pageFile(std::string_view name) const override;
     void loadPage(WebView view, const std::filesystem::path& file,
@@ -92,6 +95,12 @@ class GtkShell final : public Shell {
 
   private:
     static gboolean onDelete(GtkWidget* widget, GdkEvent* event, gpointer self);
+    // What can hide the page (gtk_shell_visibility.cpp).
+    void watchVisibility();
+    static gboolean onWindowState(GtkWidget* widget, GdkEventWindowState* event, gpointer self);
+    static gboolean onVisibility(GtkWidget* widget, GdkEvent* event, gpointer self);
+    static gboolean onMapped(GtkWidget* widget, GdkEvent* event, gpointer self);
+    void visibilityChanged(bool seenBefore);
     static void onSheetResponse(GtkDialog* dialog, gint response, gpointer self);
     void addMenuActions();
     /// The main window's view or the popup's; absent while that view does not exist.
@@ -123,6 +132,8 @@ class GtkShell final : public Shell {
     mutable std::set<std::string> missingPages_;
     std::unique_ptr<TrayPopup> popup_;
     std::unique_ptr<HeatItem> heatItem_;
+    bool iconified_ = false;
+    bool obscured_ = false;
 };
 
 }  // namespace velmora
