@@ -126,8 +126,8 @@ FigurePixmap drawFigureIcon(std::string_view digits, HeatColor color, int size) 
 }
 
 std::string figureIconName(std::string_view digits, HeatColor color) {
-    return "org.velmora.heat-monitor-figure-" + std::string(digits) + "-" +
-           std::string(colourWord(color));
+    const std::string figure = digits == "--" ? std::string("none") : std::string(digits);
+    return "org.velmora.heat-monitor-figure-" + figure + "-" + std::string(colourWord(color));
 }
 
 RuntimeIconDir::RuntimeIconDir(const std::filesystem::path& themeRoot) {
