@@ -9,6 +9,7 @@
 #include "gui/desktop_case.hpp"
 #include "tray/sni_client.hpp"
 #include "tray/tray_support.hpp"
+#include "tray/xfce_panel.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -282,6 +283,74 @@ TEST_F(DesktopTray, TheCountdownsNotificationCancelsTheRealCountdown) {
             },
             5));
         EXPECT_EQ(d.countLog("shutdown: DRY-RUN: would run"), 0);
+    });
+}
+
+/// The badge colours of the icon at NORMAL and above EXTREME HEAT, as the panel draws them.
+constexpr int normalGreen[3] = {46, 125, 51};
+constexpr int hotRed[3] = {204, 33, 33};
+
+bool panelShows(const int colour[3], GdkPixbuf** picture) {
+    if (*picture != nullptr) g_object_unref(*picture);
+    *picture = test::XfcePanel::picture();
+    return test::hasColour(*picture, colour[0], colour[1], colour[2]);
+}
+
+void savePicture(GdkPixbuf* picture, const std::string& name) {
+    std::filesystem::create_directories(screenshotDir());
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(gdk_pixbuf_save(picture, (screenshotDir() / name).c_str(), "png", nullptr,
+                                nullptr) == TRUE);
+}
+
+TEST_F(DesktopTray, ARealXfcePanelShowsTheFigureInTheIconAndReadsTheTooltip) {
+    run({"--consent", "on"}, [&](DesktopDriver& d) {
+        for (const bool dark : {false, true}) {
+            const std::string theme = dark ? "dark" : "light";
+            test::XfcePanel panel(dir / ("panel-" + theme), dark);
+            ASSERT_TRUE(panel.started()) << panel.problem();
+            const auto ref = item(d);
+            ASSERT_TRUE(ref.has_value()) << "the item did not register with the panel";
+            setCpuTemperature(73);
+            const auto at73 = propsWhen(
+                d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 73 °C"; });
+            EXPECT_EQ(at73.toolTipText, "NORMAL · 73 °C");
+            GdkPixbuf* shown73 = nullptr;
+            EXPECT_TRUE(d.waitUntil([&] { return panelShows(normalGreen, &shown73); }, 15))
+                << "the panel never drew the NORMAL badge";
+
+            // Same level, new figure: the icon and what the panel draws change.
+            setCpuTemperature(77);
+            const auto at77 = propsWhen(
+                d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 77 °C"; });
+            EXPECT_EQ(at77.iconName, "org.velmora.heat-monitor-figure-77-normal");
+            EXPECT_NE(at77.iconName, at73.iconName);
+            EXPECT_NE(at77.pixmapBytes, at73.pixmapBytes);
+            GdkPixbuf* shown77 = nullptr;
+            EXPECT_TRUE(d.waitUntil(
+                [&] {
+                    return panelShows(normalGreen, &shown77) && !test::samePixels(shown77, shown73);
+                },
+                15))
+                << "the panel did not redraw the new figure";
+            savePicture(shown77, "panel-" + theme + "-calm.png");
+
+            setCpuTemperature(101);
+            const auto hot = propsWhen(d, *ref, [](const ItemProps& p) {
+                return p.toolTipText == "EXTREME HEAT · 101 °C";
+            });
+            EXPECT_EQ(hot.iconName, "org.velmora.heat-monitor-figure-101-hot");
+            GdkPixbuf* shownHot = nullptr;
+            EXPECT_TRUE(d.waitUntil([&] { return panelShows(hotRed, &shownHot); }, 15))
+                << "the panel never drew the hot badge";
+            savePicture(shownHot, "panel-" + theme + "-hot.png");
+            for (auto* picture : {shown73, shown77, shownHot}) {
+                if (picture != nullptr) g_object_unref(picture);
+            }
+            setCpuTemperature(62);
+            propsWhen(d, *ref,
+                      [](const ItemProps& p) { return p.toolTipText == "NORMAL · 62 °C"; });
+        }
     });
 }
 
