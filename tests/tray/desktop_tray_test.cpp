@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "app/tray/figure_icon.hpp"
 #include "gui/desktop_case.hpp"
 #include "tray/sni_client.hpp"
 #include "tray/tray_support.hpp"
@@ -286,14 +287,12 @@ TEST_F(DesktopTray, TheCountdownsNotificationCancelsTheRealCountdown) {
     });
 }
 
-/// The badge colours of the icon at NORMAL and above EXTREME HEAT, as the panel draws them.
-constexpr int normalGreen[3] = {46, 125, 51};
-constexpr int hotRed[3] = {204, 33, 33};
-
-bool panelShows(const int colour[3], GdkPixbuf** picture) {
+/// Whether the panel, as on the screen now, shows the item's icon for that figure: every opaque
+/// pixel of the 24 px image, somewhere in the panel. Keeps the picture in `picture`.
+bool panelShows(const std::string& digits, HeatColor color, GdkPixbuf** picture) {
     if (*picture != nullptr) g_object_unref(*picture);
     *picture = test::XfcePanel::picture();
-    return test::hasColour(*picture, colour[0], colour[1], colour[2]);
+    return test::containsImage(*picture, drawFigureIcon(digits, color, 24));
 }
 
 void savePicture(GdkPixbuf* picture, const std::string& name) {
@@ -316,8 +315,9 @@ TEST_F(DesktopTray, ARealXfcePanelShowsTheFigureInTheIconAndReadsTheTooltip) {
                 d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 73 °C"; });
             EXPECT_EQ(at73.toolTipText, "NORMAL · 73 °C");
             GdkPixbuf* shown73 = nullptr;
-            EXPECT_TRUE(d.waitUntil([&] { return panelShows(normalGreen, &shown73); }, 15))
-                << "the panel never drew the NORMAL badge";
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("73", HeatColor::label, &shown73); }, 15))
+                << "the panel never drew 73";
 
             // Same level, new figure: the icon and what the panel draws change.
             setCpuTemperature(77);
@@ -327,12 +327,10 @@ TEST_F(DesktopTray, ARealXfcePanelShowsTheFigureInTheIconAndReadsTheTooltip) {
             EXPECT_NE(at77.iconName, at73.iconName);
             EXPECT_NE(at77.pixmapBytes, at73.pixmapBytes);
             GdkPixbuf* shown77 = nullptr;
-            EXPECT_TRUE(d.waitUntil(
-                [&] {
-                    return panelShows(normalGreen, &shown77) && !test::samePixels(shown77, shown73);
-                },
-                15))
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("77", HeatColor::label, &shown77); }, 15))
                 << "the panel did not redraw the new figure";
+            EXPECT_FALSE(test::containsImage(shown77, drawFigureIcon("73", HeatColor::label, 24)));
             savePicture(shown77, "panel-" + theme + "-calm.png");
 
             setCpuTemperature(101);
@@ -341,7 +339,8 @@ TEST_F(DesktopTray, ARealXfcePanelShowsTheFigureInTheIconAndReadsTheTooltip) {
             });
             EXPECT_EQ(hot.iconName, "org.velmora.heat-monitor-figure-101-hot");
             GdkPixbuf* shownHot = nullptr;
-            EXPECT_TRUE(d.waitUntil([&] { return panelShows(hotRed, &shownHot); }, 15))
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("101", HeatColor::red, &shownHot); }, 15))
                 << "the panel never drew the hot badge";
             savePicture(shownHot, "panel-" + theme + "-hot.png");
             for (auto* picture : {shown73, shown77, shownHot}) {

@@ -137,7 +137,7 @@ XfcePanel::~XfcePanel() {
 GdkPixbuf* XfcePanel::picture() {
     GdkWindow* root = gdk_get_default_root_window();
     const int width = gdk_window_get_width(root);
-    // The panel runs along the top; the application's window is centred, well below it.
+    // The panel runs along the top from the left corner.
     const int height = std::min(gdk_window_get_height(root), 64);
     GdkPixbuf* screen = gdk_pixbuf_get_from_window(root, 0, 0, width, height);
     if (screen == nullptr) return nullptr;
@@ -145,59 +145,56 @@ GdkPixbuf* XfcePanel::picture() {
     const int channels = gdk_pixbuf_get_n_channels(screen);
     const guchar* pixels = gdk_pixbuf_get_pixels(screen);
     const guchar* bare = pixels + (height - 1) * stride + (width - 1) * channels;
-    int left = width;
-    int top = height;
-    int right = -1;
-    int bottom = -1;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const guchar* p = pixels + y * stride + x * channels;
-            if (std::memcmp(p, bare, 3) == 0) continue;
-            left = std::min(left, x);
-            right = std::max(right, x);
-            top = std::min(top, y);
-            bottom = std::max(bottom, y);
-        }
-    }
+    const auto isBare = [&](int x, int y) {
+        return std::memcmp(pixels + y * stride + x * channels, bare, 3) == 0;
+    };
+    // It ends at the first column, and the first row, of bare background: windows elsewhere
+    // on the screen are left out.
+    int right = 0;
+    while (right < width && !isBare(right, 0))
+        ++right;
+    int bottom = 0;
+    while (bottom < height && !isBare(0, bottom))
+        ++bottom;
     GdkPixbuf* panel = nullptr;
-    if (right >= left && bottom >= top) {
-        panel = gdk_pixbuf_new_subpixbuf(screen, left, top, right - left + 1, bottom - top + 1);
-        GdkPixbuf* copy = gdk_pixbuf_copy(panel);
-        g_object_unref(panel);
-        panel = copy;
+    if (right > 0 && bottom > 0) {
+        GdkPixbuf* part = gdk_pixbuf_new_subpixbuf(screen, 0, 0, right, bottom);
+        panel = gdk_pixbuf_copy(part);
+        g_object_unref(part);
     }
     g_object_unref(screen);
     return panel;
 }
 
-bool hasColour(GdkPixbuf* picture, int red, int green, int blue, int count, int tolerance) {
-    if (picture == nullptr) return false;
+namespace {
+
+bool matchesAt(GdkPixbuf* picture, const FigurePixmap& image, int left, int top) {
     const int stride = gdk_pixbuf_get_rowstride(picture);
     const int channels = gdk_pixbuf_get_n_channels(picture);
     const guchar* pixels = gdk_pixbuf_get_pixels(picture);
-    int found = 0;
-    for (int y = 0; y < gdk_pixbuf_get_height(picture); ++y) {
-        for (int x = 0; x < gdk_pixbuf_get_width(picture); ++x) {
-            const guchar* p = pixels + y * stride + x * channels;
-            if (std::abs(p[0] - red) <= tolerance && std::abs(p[1] - green) <= tolerance &&
-                std::abs(p[2] - blue) <= tolerance) {
-                ++found;
+    for (int y = 0; y < image.height; ++y) {
+        for (int x = 0; x < image.width; ++x) {
+            const auto* argb = &image.argb[static_cast<std::size_t>(y * image.width + x) * 4];
+            if (argb[0] != 255) continue;  // edges blend with the panel
+            const guchar* p = pixels + (top + y) * stride + (left + x) * channels;
+            for (int part = 0; part < 3; ++part) {
+                if (std::abs(p[part] - argb[part + 1]) > 2) return false;
             }
         }
     }
-    return found >= count;
+    return true;
 }
 
-bool samePixels(GdkPixbuf* a, GdkPixbuf* b) {
-    if (a == nullptr || b == nullptr) return a == b;
-    if (gdk_pixbuf_get_width(a) != gdk_pixbuf_get_width(b) ||
-        gdk_pixbuf_get_height(a) != gdk_pixbuf_get_height(b) ||
-        gdk_pixbuf_get_rowstride(a) != gdk_pixbuf_get_rowstride(b)) {
-        return false;
+}  // namespace
+
+bool containsImage(GdkPixbuf* picture, const FigurePixmap& image) {
+    if (picture == nullptr) return false;
+    for (int top = 0; top + image.height <= gdk_pixbuf_get_height(picture); ++top) {
+        for (int left = 0; left + image.width <= gdk_pixbuf_get_width(picture); ++left) {
+            if (matchesAt(picture, image, left, top)) return true;
+        }
     }
-    const auto size = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(a)) *
-                      static_cast<std::size_t>(gdk_pixbuf_get_height(a));
-    return std::memcmp(gdk_pixbuf_get_pixels(a), gdk_pixbuf_get_pixels(b), size) == 0;
+    return false;
 }
 
 }  // namespace velmora::test

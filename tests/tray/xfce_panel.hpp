@@ -7,6 +7,10 @@
 #include <optional>
 #include <string>
 
+#include "app/tray/figure_icon.hpp"
+
+#include "app/tray/figure_icon.hpp"
+
 namespace velmora::test {
 
 /// A real panel for the tests: Debian's xfce4-panel with only its status tray (which is both
@@ -27,8 +31,8 @@ class XfcePanel {
     /// Why it did not start.
     const std::string& problem() const { return problem_; }
 
-    /// The panel as it is on the screen now: the part of the screen's top strip that is not
-    /// the display's bare background. Unreferenced by the caller; null when nothing is drawn.
+    /// The panel as it is on the screen now: the rectangle from the screen's top left corner
+    /// up to the display's bare background. Unreferenced by the caller; null when nothing is drawn.
     static GdkPixbuf* picture();
 
   private:
@@ -38,8 +42,7 @@ class XfcePanel {
     std::string problem_;
 };
 
-/// Whether `picture` holds at least `count` pixels within `tolerance` of the colour.
-bool hasColour(GdkPixbuf* picture, int red, int green, int blue, int count = 12, int tolerance = 8);
-bool samePixels(GdkPixbuf* a, GdkPixbuf* b);
+/// Whether every opaque pixel of `image` is in `picture` at one place, as drawn unscaled.
+bool containsImage(GdkPixbuf* picture, const FigurePixmap& image);
 
 }  // namespace velmora::test
