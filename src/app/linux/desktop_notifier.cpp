@@ -26,10 +26,12 @@ constexpr guint32 dismissedByUser = 2;
 
 /// A session bus is there to try: an address, or the per-user bus socket.
 bool sessionBusExpected() {
-    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
+    // Read once per run, from the loop's thread, before any notification.
+    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");  // NOLINT(concurrency-mt-unsafe)
+    if (address != nullptr && *address != '\0') {
         return true;
     }
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");  // NOLINT(concurrency-mt-unsafe)
     std::error_code error;
     return runtime != nullptr && *runtime != '\0' &&
            std::filesystem::exists(std::filesystem::path(runtime) / "bus", error);

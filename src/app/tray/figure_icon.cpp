@@ -65,10 +65,10 @@ void drawDigits(cairo_t* cr, std::string_view digits, int size, const double ink
     cairo_set_font_options(cr, options);
     cairo_font_options_destroy(options);
     const double room = size - std::max(2.0, size / 8.0);
-    double fontSize = size;
     cairo_text_extents_t extents{};
-    for (; fontSize > 4; fontSize -= 0.5) {
-        cairo_set_font_size(cr, fontSize);
+    // Half-point steps down from the icon's size until the text fits.
+    for (int halfPoints = 2 * size; halfPoints > 8; --halfPoints) {
+        cairo_set_font_size(cr, halfPoints / 2.0);
         cairo_text_extents(cr, text.c_str(), &extents);
         if (extents.width <= room && extents.height <= size * 0.72) break;
     }
