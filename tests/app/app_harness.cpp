@@ -85,6 +85,9 @@ AppController& AppHarness::build(std::vector<std::string> args, const PlatformEn
     services.realShutdowner = [this](LogSink, Post) { return realShutdowner; };
     services.systemSounder = [this] { return systemSounder; };
     services.connectLog = [this](LogSink log) { earlyPartsLog = std::move(log); };
+    services.connectCountdownCancel = [this](std::function<void()> cancel) {
+        countdownCancel = std::move(cancel);
+    };
     services.token = "0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9";
     services.logMirror = logMirror;
     app = std::make_unique<AppController>(std::move(*opts), shell, loop, std::move(services));

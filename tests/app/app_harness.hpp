@@ -85,6 +85,8 @@ class AppHarness {
     std::unique_ptr<AppController> app;
     /// The log handed to parts made before the controller (the sound player).
     LogSink earlyPartsLog;
+    /// The countdown's cancel handed to parts made before the engine (the notifications).
+    std::function<void()> countdownCancel;
 };
 
 }  // namespace velmora::testing

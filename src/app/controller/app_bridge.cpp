@@ -44,10 +44,13 @@ void AppController::pushRender(const nlohmann::json& view) {
     std::string text;
     std::string visible;
     try {
-        text = view.dump();
+        // The settings page shows "Notify me when it gets hot", a preference of the application.
+        auto sent = view;
+        sent["notifyWhenHot"] = notifyWhenHot_;
+        text = sent.dump();
         // The page shows whole seconds; a tick that changed only the milliseconds would make
         // the web process lay out and paint the same screen again, four times a second.
-        auto shown = view;
+        auto shown = std::move(sent);
         shown.erase("remainingMs");
         visible = shown.dump() + std::string(modeName(ui_.mode));
     } catch (const nlohmann::json::exception&) {

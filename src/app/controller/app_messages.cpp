@@ -109,11 +109,20 @@ void AppController::runEmergencyPageAction(const std::string& action, const nloh
         engine_->probePermission("user pressed Check again", true);
     } else if (action == "dismissPerm") {
         engine_->dismissPermission();
+    } else if (action == "notify") {
+        setNotifyWhenHot(onFlag(body));
     } else if (action == "dismissManual") {
         engine_->dismissManual();
     } else {
         log("ui: unknown stagec action '" + action + "'");
     }
+}
+
+void AppController::cancelFromOutside() {
+    log("ui: countdown cancel asked from the desktop notification");
+    runEmergencyPageAction("cancel", nlohmann::json::object());
+    ui_.shownRender.clear();
+    tick();
 }
 
 void AppController::handleHeat(const nlohmann::json& body) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "app/core/heat_tooltip.hpp"
 #include "metrics/live_model.hpp"
 #include "metrics/live_names.hpp"
 
@@ -93,6 +94,21 @@ HeatColor heatItemColor(const LiveInputs& inputs) {
         default:
             return HeatColor::red;
     }
+}
+
+HeatItemDetails heatItemDetails(const LiveInputs& inputs) {
+    HeatItemDetails details;
+    if (inputs.cpuTemp && std::isfinite(inputs.cpuTemp->celsius)) {
+        details.celsius = inputs.cpuTemp->celsius;
+    }
+    // The busiest process and the forecast are filled in from the sample's heat cause and
+    // forecast once samples carry them.
+    const std::optional<std::string> busiest;
+    const std::optional<std::string> forecast;
+    const auto tip = heatTooltip(liveLevel(inputs.thermal), details.celsius, busiest, forecast);
+    details.tooltipTitle = tip.title;
+    details.tooltipText = tip.text;
+    return details;
 }
 
 }  // namespace velmora

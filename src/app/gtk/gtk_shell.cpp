@@ -201,6 +201,10 @@ void GtkShell::addMenuActions() {
 }
 
 void GtkShell::setMenuItemChecked(MenuAction action, bool checked) {
+    if (action == MenuAction::notifyWhenHot || action == MenuAction::figureAsText) {
+        checkHeatItemEntry(action, checked);
+        return;
+    }
     const auto pref = appearanceOf(action);
     if (!pref || !checked) return;  // a radio group: checking one unchecks the others
     showAppearanceChecked(G_ACTION_MAP(application_), *pref);

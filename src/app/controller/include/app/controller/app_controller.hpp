@@ -47,6 +47,9 @@ struct AppServices {
     std::function<void(const std::string&)> logMirror;
     /// Given the application log once it is open, for parts made before it (the sound player).
     std::function<void(LogSink)> connectLog;
+    /// Given, once the engine is built, what cancels the countdown as the emergency page's
+    /// button does, for parts made before it (the desktop notifications' action).
+    std::function<void(std::function<void()>)> connectCountdownCancel;
 };
 
 /// The presentation's state, kept by the controller; tests read it through
@@ -113,6 +116,7 @@ class AppController {
     /// The per-launch token that page messages must carry.
     const std::string& token() const { return token_; }
     AppearancePref appearance() const { return appearance_; }
+    bool notifyWhenHot() const { return notifyWhenHot_; }
     const PresentationState& presentation() const { return ui_; }
     /// The watchdog; null until `start` built it.
     const Engine* engine() const { return engine_.get(); }
@@ -165,6 +169,7 @@ class AppController {
     void handleTheme(const nlohmann::json& body);
     void handleEmergencyPageMessage(const nlohmann::json& body);
     void runEmergencyPageAction(const std::string& action, const nlohmann::json& body);
+    void cancelFromOutside();
     void handleHeat(const nlohmann::json& body);
     void runHeat(const std::string& action);
     void onUserShutdownResult(const std::optional<ShutdownError>& error);
@@ -191,6 +196,8 @@ class AppController {
     void setupMenuBarItem();
     void updateAppearanceMenu();
     void updateMenuBarItem(const LiveInputs& inputs);
+    void setNotifyWhenHot(bool on);
+    void setFigureAsText(bool on);
 
     /// Wraps work for the loop so that it does nothing once the controller is gone.
     std::function<void()> guarded(std::function<void(AppController&)> work);
@@ -198,6 +205,9 @@ class AppController {
     const LaunchOptions opts_;
     const std::string token_;
     AppearancePref appearance_;
+    /// "Notify me when it gets hot" and "Temperature as text beside the icon".
+    bool notifyWhenHot_ = true;
+    bool figureAsText_ = false;
     PresentationState ui_;
     std::unique_ptr<HeatCollector> live_;
     /// The sampling thread, when the collector runs on one (then `live_` is empty).

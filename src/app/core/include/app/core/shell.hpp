@@ -39,6 +39,14 @@ struct Rgb {
 /// The heat item's colours: the system's label, yellow and red, which follow the appearance.
 enum class HeatColor { label, yellow, red };
 
+/// What the heat item shows besides its title: the figure its icon carries and its tooltip.
+struct HeatItemDetails {
+    std::optional<double> celsius;
+    std::string tooltipTitle;
+    std::string tooltipText;
+    bool operator==(const HeatItemDetails&) const = default;
+};
+
 struct AlertSpec {
     std::string message;
     std::string informative;
@@ -94,6 +102,8 @@ class Shell {
     virtual void createHeatItem(const std::string& title, const std::string& documentStartScript,
                                 Size popoverSize) = 0;
     virtual void setHeatItemTitle(const std::string& title, HeatColor color) = 0;
+    /// The figure and the tooltip; a shell whose item has neither ignores them.
+    virtual void setHeatItemDetails(const HeatItemDetails& /*details*/) {}
     virtual bool popoverShown() const = 0;
     virtual void showPopover() = 0;
     virtual void closePopover() = 0;

@@ -71,6 +71,7 @@ class GtkShell final : public Shell {
     void createHeatItem(const std::string& title, const std::string& documentStartScript,
                         Size popoverSize) override;
     void setHeatItemTitle(const std::string& title, HeatColor color) override;
+    void setHeatItemDetails(const HeatItemDetails& details) override;
     bool popoverShown() const override;
     void showPopover() override;
     void closePopover() override;
@@ -109,6 +110,7 @@ class GtkShell final : public Shell {
     void addOwnIcons() const;
     HeatItemActions heatItemActions();
     bool switchStartAtLogin(bool on);
+    void checkHeatItemEntry(MenuAction action, bool checked);
     void applyDarkPreference();
     /// The bottom-left-origin frame of GDK's top-left rectangle, against the monitor.
     Rect fromGdk(const GdkRectangle& area) const;
