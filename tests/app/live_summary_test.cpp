@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
+#include "policy/forecast.hpp"
+
 namespace velmora {
 namespace {
 
@@ -43,6 +47,20 @@ TEST(LiveSummary, HeatItemTitleAndColour) {
     EXPECT_EQ(heatItemColor(inputs), HeatColor::red);
     inputs.thermal = ThermalState::nominal;
     EXPECT_EQ(heatItemColor(inputs), HeatColor::label);
+}
+
+TEST(LiveSummary, TheTooltipTellsTheForecastWhenThereIsOne) {
+    LiveInputs in;
+    in.thermal = ThermalState::serious;
+    in.cpuTemp = TempReading{91.0, "hwmon coretemp Package id 0"};
+    EXPECT_EQ(heatItemDetails(in).tooltipText.find("critical"), std::string::npos);
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds{240};
+    in.forecast = forecast;
+    const auto tip = heatItemDetails(in).tooltipText;
+    EXPECT_NE(tip.find("91 °C"), std::string::npos) << tip;
+    EXPECT_NE(tip.find("critical in about 4 min"), std::string::npos) << tip;
 }
 
 }  // namespace

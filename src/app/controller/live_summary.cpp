@@ -9,6 +9,7 @@
 #include "app/core/heat_tooltip.hpp"
 #include "metrics/live_model.hpp"
 #include "metrics/live_names.hpp"
+#include "policy/forecast.hpp"
 
 namespace velmora {
 
@@ -101,10 +102,10 @@ HeatItemDetails heatItemDetails(const LiveInputs& inputs) {
     if (inputs.cpuTemp && std::isfinite(inputs.cpuTemp->celsius)) {
         details.celsius = inputs.cpuTemp->celsius;
     }
-    // The busiest process and the forecast are filled in from the sample's heat cause and
-    // forecast once samples carry them.
+    // The busiest process is filled in from the sample's heat cause once samples carry it.
     const std::optional<std::string> busiest;
-    const std::optional<std::string> forecast;
+    std::optional<std::string> forecast;
+    if (inputs.forecast) forecast = forecastPhrase(*inputs.forecast);
     const auto tip = heatTooltip(liveLevel(inputs.thermal), details.celsius, busiest, forecast);
     details.tooltipTitle = tip.title;
     details.tooltipText = tip.text;
