@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "metrics/live_cause.hpp"
 #include "metrics/live_gauges.hpp"
 #include "metrics/live_lists.hpp"
 #include "metrics/live_names.hpp"
@@ -131,6 +132,8 @@ nlohmann::json dictionary(const LiveInputs& in, Platform platform) {
         {"sources", sourcesEntry(in, platform)},
     };
     d.update(peakEntries(in));
+    // Nothing is said of the cause while the machine is calm.
+    if (in.heatCause && level != Level::ok) d["heatCause"] = heatCauseEntry(*in.heatCause);
     return d;
 }
 

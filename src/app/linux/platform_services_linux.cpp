@@ -6,13 +6,15 @@
 #include "app/linux/journal_mirror.hpp"
 #include "app/linux/systemd_notifier.hpp"
 #include "metrics/backend_factory.hpp"
+#include "metrics/cause_factory.hpp"
 
 namespace velmora {
 
 std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts) {
-    auto collector =
-        std::make_unique<HeatCollector>(makePlatformBackend(metricsRootFromEnvironment()));
+    const std::string root = metricsRootFromEnvironment();
+    auto collector = std::make_unique<HeatCollector>(makePlatformBackend(root));
     collector->forcedThermal = opts.forceThermal;
+    collector->setCauseTracker(makePlatformCauseTracker(causeRootFromEnvironment(root)));
     return collector;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "metrics/heat_cause.hpp"
 #include "metrics/system_records.hpp"
 #include "metrics/temp_reading.hpp"
 #include "policy/level.hpp"
@@ -40,6 +41,8 @@ struct LiveInputs {
     std::vector<PowerReading> powerSources;
     /// Every battery; `battery` is their combination.
     std::vector<BatteryPack> batteries;
+    /// What is heating the machine; only above NORMAL, and only where processes can be read.
+    std::optional<HeatCause> heatCause;
 
     bool operator==(const LiveInputs&) const = default;
 };
