@@ -111,6 +111,7 @@ ProcessScanner::Record& ProcessScanner::recordFor(const PidStat& stat, MonoTime 
         record = Record{};
         record.startTicks = stat.starttime;
         record.firstTicks = ticks;
+        record.firstOwnTicks = stat.utime + stat.stime;
         record.firstAt = now;
         if (uptime) {
             record.firstAge =
@@ -125,7 +126,8 @@ ProcessScanner::Record& ProcessScanner::recordFor(const PidStat& stat, MonoTime 
 }
 
 // CPU seconds in the window over its length. Where the window starts before this process was
-// first read, its average over its life stands in for the part not measured.
+// first read, its own average over its life stands in for the part not measured; the time of
+// children that ended before then is left out, since it may come from long before the window.
 double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
                                    MonoTime windowStart, MonoTime now) const {
     const auto seconds = [this](std::uint64_t from, std::uint64_t to) {
@@ -140,7 +142,7 @@ double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
     if (record.firstAt < now && windowStart >= record.firstAt) {
         return rate(seconds(record.firstTicks, ticks), now - record.firstAt);
     }
-    const double before = static_cast<double>(record.firstTicks) / ticksPerSecond_;
+    const double before = static_cast<double>(record.firstOwnTicks) / ticksPerSecond_;
     const double unmeasured = (record.firstAt - windowStart).count();
     double estimate = 0.0;
     if (record.firstAge) {

@@ -54,7 +54,8 @@ class HeatCauseTracker {
         MonoTime at;
         double celsius = 0.0;
     };
-    static constexpr std::size_t kRingSize = 600;  // ten minutes of one-second samples
+    // Ten minutes of one-second samples and the one they start from.
+    static constexpr std::size_t kRingSize = 601;
 
     void remember(std::optional<double> hottestC, MonoTime now);
     const Point& pointBack(std::size_t back) const;

@@ -43,6 +43,8 @@ class ProcessScanner {
         // The counters at first sight, with the process's age then (seconds; none when the
         // uptime could not be read), and at the previous scan.
         std::uint64_t firstTicks = 0;
+        /// Its own share of `firstTicks`, without children that ended before it was read.
+        std::uint64_t firstOwnTicks = 0;
         MonoTime firstAt;
         std::optional<double> firstAge;
         std::uint64_t previousTicks = 0;
