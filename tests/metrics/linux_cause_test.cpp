@@ -123,7 +123,7 @@ TEST_F(ScannerFixture, ProcessesAreRankedByTheTimeTheyUsedBetweenScans) {
     EXPECT_EQ(rows[2], (ProcessShare{"light", 100, 10.0}));
 }
 
-TEST_F(ScannerFixture, ChildrenThatEndedCountForTheirParent) {
+TEST_F(ScannerFixture, ChildrenThatEndedCountForTheirParentButNotTwice) {
     ProcessScanner scanner(proc.root());
     FakeProcess make = process(50, "make", 10);
     make.cutime = 5000;
@@ -132,15 +132,20 @@ TEST_F(ScannerFixture, ChildrenThatEndedCountForTheirParent) {
     child.ppid = 50;
     proc.put(child);
     scanner.scan(at(-5), at(0));
-    // The compiler ended after using 60 more ticks; make waited for it.
+    // The compiler used 80 more ticks and ended; make waited for it, and for a second compiler
+    // that started and ended between the scans after using 50 ticks. make's children's time
+    // grows by the first one's whole life, of which 100 ticks were counted in its own row.
     proc.remove(51);
-    make.cutime += 60;
-    make.cstime += 20;
+    make.cutime += 140 + 50;
+    make.cstime += 40;
     proc.put(make);
     const auto rows = scanner.scan(at(0), at(1));
     ASSERT_EQ(rows.size(), 1U);
     EXPECT_EQ(rows[0].pid, 50);
-    EXPECT_DOUBLE_EQ(rows[0].percent, 8000.0 / static_cast<double>(hz));
+    EXPECT_DOUBLE_EQ(rows[0].percent, 100.0 * (80 + 50) / static_cast<double>(hz));
+    // Nothing more ended: nothing more is counted.
+    const auto later = scanner.scan(at(1), at(2));
+    EXPECT_TRUE(later.empty());
 }
 
 TEST_F(ScannerFixture, AReusedPidNeverInheritsTheOldProcessesTime) {

@@ -54,21 +54,74 @@ ProcessScanner::ProcessScanner(std::string root, OpenAt openAt)
       ticksPerSecond_(clockTicksPerSecond()) {}
 
 std::vector<ProcessShare> ProcessScanner::scan(MonoTime windowStart, MonoTime now) {
-    std::vector<ProcessShare> rows;
+    readings_.clear();
     lastCount_ = 0;
-    if (readQuarantined(procDir_)) return rows;
-    const ReadWatch::Scope watching(procDir_);
-    UniqueFd procFd(::open(procDir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!procFd.valid()) return rows;
-    const auto uptime = readUptime(procFd.get());
-    DIR* dir = ::fdopendir(::dup(procFd.get()));
-    if (dir == nullptr) return rows;
-    for (const dirent* entry = ::readdir(dir); entry != nullptr; entry = ::readdir(dir)) {
-        if (!allDigits(entry->d_name)) continue;
-        readOne(procFd.get(), entry->d_name, windowStart, now, uptime, rows);
+    if (readQuarantined(procDir_)) return {};
+    {
+        const ReadWatch::Scope watching(procDir_);
+        UniqueFd procFd(::open(procDir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!procFd.valid()) return {};
+        const auto uptime = readUptime(procFd.get());
+        DIR* dir = ::fdopendir(::dup(procFd.get()));
+        if (dir == nullptr) return {};
+        for (const dirent* entry = ::readdir(dir); entry != nullptr; entry = ::readdir(dir)) {
+            if (!allDigits(entry->d_name)) continue;
+            const auto stat = readOne(procFd.get(), entry->d_name);
+            if (!stat) continue;
+            recordFor(*stat, now, uptime);
+            readings_.push_back(Reading{stat->pid, stat->totalTicks()});
+        }
+        ::closedir(dir);
     }
-    ::closedir(dir);
-    dropUnseen();
+    lastCount_ = readings_.size();
+    creditEndedChildren();
+    return rank(windowStart, now);
+}
+
+// Gone, not ours to read (hidepid, EACCES), not a process, a kernel thread or a zombie: nothing,
+// without a word.
+std::optional<PidStat> ProcessScanner::readOne(int procFd, const char* pid) const {
+    std::array<char, 32> path{};
+    const auto written = std::snprintf(path.data(), path.size(), "%s/stat", pid);
+    if (written <= 0 || static_cast<std::size_t>(written) >= path.size()) return std::nullopt;
+    UniqueFd fd(openAt_(procFd, path.data()));
+    if (!fd.valid()) return std::nullopt;
+    std::array<char, kStatCap> buffer{};
+    const auto text = readOnce(fd.get(), buffer);
+    if (!text) return std::nullopt;
+    auto stat = parsePidStat(*text);
+    if (!stat || stat->kernelThread() || stat->ended()) return std::nullopt;
+    return stat;
+}
+
+// A child that was read before and has ended now: what its rows counted up to its last reading
+// is not counted again in its parent's.
+void ProcessScanner::creditEndedChildren() {
+    for (auto it = records_.begin(); it != records_.end();) {
+        if (it->second.seen) {
+            ++it;
+            continue;
+        }
+        const auto parent = records_.find(it->second.ppid);
+        if (parent != records_.end() && parent->second.seen) {
+            parent->second.endedChildTicks += it->second.previousTicks;
+        }
+        it = records_.erase(it);
+    }
+}
+
+std::vector<ProcessShare> ProcessScanner::rank(MonoTime windowStart, MonoTime now) {
+    std::vector<ProcessShare> rows;
+    for (const Reading& reading : readings_) {
+        Record& record = records_.at(reading.pid);
+        const double percent = percentOver(record, reading.ticks, windowStart, now);
+        record.previousTicks = reading.ticks;
+        record.previousAt = now;
+        record.endedChildTicksBefore += record.endedChildTicks;
+        record.endedChildTicks = 0;
+        record.seen = false;
+        if (percent >= kSmallestPercent) rows.push_back(ProcessShare{record.name, reading.pid, percent});
+    }
     const auto kept = std::min(rows.size(), keptRows);
     std::partial_sort(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(kept), rows.end(),
                       [](const ProcessShare& a, const ProcessShare& b) {
@@ -76,28 +129,6 @@ std::vector<ProcessShare> ProcessScanner::scan(MonoTime windowStart, MonoTime no
                       });
     rows.resize(kept);
     return rows;
-}
-
-void ProcessScanner::readOne(int procFd, const char* pid, MonoTime windowStart, MonoTime now,
-                             std::optional<double> uptime, std::vector<ProcessShare>& rows) {
-    std::array<char, 32> path{};
-    const auto written = std::snprintf(path.data(), path.size(), "%s/stat", pid);
-    if (written <= 0 || static_cast<std::size_t>(written) >= path.size()) return;
-    // Gone, not ours to read (hidepid, EACCES) or not a process: skipped without a word.
-    UniqueFd fd(openAt_(procFd, path.data()));
-    if (!fd.valid()) return;
-    std::array<char, kStatCap> buffer{};
-    const auto text = readOnce(fd.get(), buffer);
-    if (!text) return;
-    const auto stat = parsePidStat(*text);
-    if (!stat || stat->kernelThread() || stat->ended()) return;
-    ++lastCount_;
-    Record& record = recordFor(*stat, now, uptime);
-    const std::uint64_t ticks = stat->totalTicks();
-    const double percent = percentOver(record, ticks, windowStart, now);
-    record.previousTicks = ticks;
-    record.previousAt = now;
-    if (percent >= kSmallestPercent) rows.push_back(ProcessShare{stat->name, stat->pid, percent});
 }
 
 ProcessScanner::Record& ProcessScanner::recordFor(const PidStat& stat, MonoTime now,
@@ -121,6 +152,7 @@ ProcessScanner::Record& ProcessScanner::recordFor(const PidStat& stat, MonoTime 
         record.previousAt = now;
     }
     record.name = stat.name;
+    record.ppid = stat.ppid;
     record.seen = true;
     return record;
 }
@@ -136,11 +168,14 @@ double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
     const auto rate = [](double used, Seconds over) {
         return over.count() > 0 ? 100.0 * used / over.count() : 0.0;
     };
+    const std::uint64_t sincePrevious = record.previousTicks + record.endedChildTicks;
+    const std::uint64_t sinceFirst = record.firstTicks + record.endedChildTicksBefore +
+                                     record.endedChildTicks;
     if (record.previousAt < now && windowStart >= record.previousAt) {
-        return rate(seconds(record.previousTicks, ticks), now - record.previousAt);
+        return rate(seconds(sincePrevious, ticks), now - record.previousAt);
     }
     if (record.firstAt < now && windowStart >= record.firstAt) {
-        return rate(seconds(record.firstTicks, ticks), now - record.firstAt);
+        return rate(seconds(sinceFirst, ticks), now - record.firstAt);
     }
     const double before = static_cast<double>(record.firstOwnTicks) / ticksPerSecond_;
     const double unmeasured = (record.firstAt - windowStart).count();
@@ -149,7 +184,7 @@ double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
         estimate = *record.firstAge <= unmeasured ? before
                                                   : before * unmeasured / *record.firstAge;
     }
-    return rate(seconds(record.firstTicks, ticks) + estimate, now - windowStart);
+    return rate(seconds(sinceFirst, ticks) + estimate, now - windowStart);
 }
 
 std::optional<double> ProcessScanner::readUptime(int procFd) const {
@@ -162,17 +197,6 @@ std::optional<double> ProcessScanner::readUptime(int procFd) const {
     const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), seconds);
     if (ec != std::errc() || end == text->data() || seconds < 0) return std::nullopt;
     return seconds;
-}
-
-void ProcessScanner::dropUnseen() {
-    for (auto it = records_.begin(); it != records_.end();) {
-        if (!it->second.seen) {
-            it = records_.erase(it);
-        } else {
-            it->second.seen = false;
-            ++it;
-        }
-    }
 }
 
 std::optional<std::string> ProcessScanner::nameOf(int pid) const {

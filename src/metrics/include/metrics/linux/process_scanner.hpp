@@ -39,6 +39,7 @@ class ProcessScanner {
   private:
     struct Record {
         std::uint64_t startTicks = 0;
+        int ppid = 0;
         std::string name;
         // The counters at first sight, with the process's age then (seconds; none when the
         // uptime could not be read), and at the previous scan.
@@ -49,21 +50,31 @@ class ProcessScanner {
         std::optional<double> firstAge;
         std::uint64_t previousTicks = 0;
         MonoTime previousAt;
+        /// Ticks of children that ended since the previous scan, since first sight before
+        /// that, which their own rows already counted up to their last reading: the parent's
+        /// children's time grows by a child's whole life when it ends.
+        std::uint64_t endedChildTicks = 0;
+        std::uint64_t endedChildTicksBefore = 0;
         bool seen = false;
     };
+    struct Reading {
+        int pid = 0;
+        std::uint64_t ticks = 0;
+    };
 
-    void readOne(int procFd, const char* pid, MonoTime windowStart, MonoTime now,
-                 std::optional<double> uptime, std::vector<ProcessShare>& rows);
+    std::optional<PidStat> readOne(int procFd, const char* pid) const;
     Record& recordFor(const PidStat& stat, MonoTime now, std::optional<double> uptime);
     double percentOver(const Record& record, std::uint64_t ticks, MonoTime windowStart,
                        MonoTime now) const;
     std::optional<double> readUptime(int procFd) const;
-    void dropUnseen();
+    void creditEndedChildren();
+    std::vector<ProcessShare> rank(MonoTime windowStart, MonoTime now);
 
     std::string procDir_;
     OpenAt openAt_;
     double ticksPerSecond_;
     std::unordered_map<int, Record> records_;
+    std::vector<Reading> readings_;
     std::size_t lastCount_ = 0;
 };
 
