@@ -33,6 +33,7 @@
         apply(data);
         D.sparkline(spark, data.spark);
         D.setAttr(spark, 'aria-label', 'CPU load over the last minute, now ' + D.textOf(D.get(data, 'cpu.value')));
+        window.HeatCauseLine.render(data);
         if (opts.onLive) opts.onLive(data);
       },
     };
