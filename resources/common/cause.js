@@ -28,6 +28,10 @@
     if (slot.textContent !== wanted) slot.textContent = wanted;
     window.HeatDom.setAttr(line, 'title', shown ? 'Heating it: ' + text : '');
     window.HeatDom.show(line, shown);
+    // Lets a page with a fixed height make room for the line.
+    if (document.documentElement.hasAttribute('data-heat-cause') !== shown) {
+      document.documentElement.toggleAttribute('data-heat-cause', shown);
+    }
   }
 
   window.HeatCauseLine = { render: render };
