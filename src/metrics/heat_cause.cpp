@@ -20,8 +20,7 @@ std::string pagePhrase(const ProcessShare& row) {
 }
 
 template <typename Row, typename Say>
-std::string joined(const std::vector<Row>& rows, std::size_t most, const char* separator,
-                   Say say) {
+std::string joined(const std::vector<Row>& rows, std::size_t most, const char* separator, Say say) {
     std::string text;
     for (std::size_t i = 0; i < rows.size() && i < most; ++i) {
         if (i > 0) text += separator;

@@ -21,7 +21,8 @@ nlohmann::json processList(const std::vector<ProcessShare>& rows) {
 nlohmann::json serviceList(const std::vector<ServiceShare>& rows) {
     nlohmann::json list = nlohmann::json::array();
     for (const auto& row : rows) {
-        list.push_back({{"name", displayableName(row.name)}, {"percent", std::lround(row.percent)}});
+        list.push_back(
+            {{"name", displayableName(row.name)}, {"percent", std::lround(row.percent)}});
     }
     return list;
 }

@@ -13,8 +13,8 @@ namespace {
 
 HeatCause sampleCause() {
     HeatCause cause;
-    cause.processes = {{"yes", 4242, 99.4}, {"cc1plus", 977, 35.2}, {"firefox", 1201, 12.0},
-                       {"make", 976, 3.0}};
+    cause.processes = {
+        {"yes", 4242, 99.4}, {"cc1plus", 977, 35.2}, {"firefox", 1201, 12.0}, {"make", 976, 3.0}};
     cause.services = {{"user@1000.service/app-firefox.scope", 14.4}};
     return cause;
 }

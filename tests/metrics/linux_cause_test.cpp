@@ -36,8 +36,8 @@ MonoTime at(double seconds) {
 // ---- the stat parser
 
 TEST(PidStatParser, TheNameRunsToTheLastParenthesis) {
-    const auto stat = parsePidStat(statLine(
-        FakeProcess{42, "a) b (c", 'R', 7, 0x400000, 11, 22, 33, 44, 555}));
+    const auto stat =
+        parsePidStat(statLine(FakeProcess{42, "a) b (c", 'R', 7, 0x400000, 11, 22, 33, 44, 555}));
     ASSERT_TRUE(stat);
     EXPECT_EQ(stat->pid, 42);
     EXPECT_EQ(stat->name, "a) b (c");
@@ -61,8 +61,8 @@ TEST(PidStatParser, LineFeedsSpacesAndInvalidBytesStayInTheName) {
 }
 
 TEST(PidStatParser, KernelThreadsAndZombiesAreRecognised) {
-    EXPECT_TRUE(parsePidStat(statLine(FakeProcess{5, "kworker/0:1", 'I', 2, 0x208040}))
-                    ->kernelThread());
+    EXPECT_TRUE(
+        parsePidStat(statLine(FakeProcess{5, "kworker/0:1", 'I', 2, 0x208040}))->kernelThread());
     EXPECT_TRUE(parsePidStat(statLine(FakeProcess{2, "kthreadd", 'S', 0, 0}))->kernelThread());
     EXPECT_TRUE(parsePidStat(statLine(FakeProcess{6, "defunct", 'Z', 1}))->ended());
     EXPECT_FALSE(parsePidStat(statLine(FakeProcess{6, "bash", 'S', 1}))->ended());

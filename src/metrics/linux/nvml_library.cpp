@@ -41,8 +41,7 @@ struct NvmlProcessSample {
     unsigned int decUtil;
 };
 using ProcessListFn = int (*)(NvmlDevice, unsigned int*, NvmlProcessInfo*);
-using ProcessSamplesFn = int (*)(NvmlDevice, NvmlProcessSample*, unsigned int*,
-                                 unsigned long long);
+using ProcessSamplesFn = int (*)(NvmlDevice, NvmlProcessSample*, unsigned int*, unsigned long long);
 
 constexpr int kSuccess = 0;
 constexpr int kInsufficientSize = 7;
@@ -74,7 +73,8 @@ class NvmlLibrary final : public GpuVendorLibrary {
         threshold_ = symbol<ThresholdFn>(handle, "nvmlDeviceGetTemperatureThreshold");
         throttle_ = symbol<ThrottleFn>(handle, "nvmlDeviceGetCurrentClocksThrottleReasons");
         power_ = symbol<PowerFn>(handle, "nvmlDeviceGetPowerUsage");
-        computeProcesses_ = symbol<ProcessListFn>(handle, "nvmlDeviceGetComputeRunningProcesses_v3");
+        computeProcesses_ =
+            symbol<ProcessListFn>(handle, "nvmlDeviceGetComputeRunningProcesses_v3");
         graphicsProcesses_ =
             symbol<ProcessListFn>(handle, "nvmlDeviceGetGraphicsRunningProcesses_v3");
         processSamples_ = symbol<ProcessSamplesFn>(handle, "nvmlDeviceGetProcessUtilization");
@@ -116,7 +116,8 @@ class NvmlLibrary final : public GpuVendorLibrary {
         std::map<unsigned int, std::optional<double>> found;
         for (NvmlDevice device : devices_) {
             for (const auto list : {computeProcesses_, graphicsProcesses_}) {
-                for (const unsigned int pid : listProcesses(list, device)) found.try_emplace(pid);
+                for (const unsigned int pid : listProcesses(list, device))
+                    found.try_emplace(pid);
             }
             for (const auto& [pid, percent] : processShares(device)) {
                 auto& kept = found[pid];

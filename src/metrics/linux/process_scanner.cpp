@@ -120,7 +120,8 @@ std::vector<ProcessShare> ProcessScanner::rank(MonoTime windowStart, MonoTime no
         record.endedChildTicksBefore += record.endedChildTicks;
         record.endedChildTicks = 0;
         record.seen = false;
-        if (percent >= kSmallestPercent) rows.push_back(ProcessShare{record.name, reading.pid, percent});
+        if (percent >= kSmallestPercent)
+            rows.push_back(ProcessShare{record.name, reading.pid, percent});
     }
     const auto kept = std::min(rows.size(), keptRows);
     std::partial_sort(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(kept), rows.end(),
@@ -160,8 +161,8 @@ ProcessScanner::Record& ProcessScanner::recordFor(const PidStat& stat, MonoTime 
 // CPU seconds in the window over its length. Where the window starts before this process was
 // first read, its own average over its life stands in for the part not measured; the time of
 // children that ended before then is left out, since it may come from long before the window.
-double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
-                                   MonoTime windowStart, MonoTime now) const {
+double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks, MonoTime windowStart,
+                                   MonoTime now) const {
     const auto seconds = [this](std::uint64_t from, std::uint64_t to) {
         return to >= from ? static_cast<double>(to - from) / ticksPerSecond_ : 0.0;
     };
@@ -169,8 +170,8 @@ double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
         return over.count() > 0 ? 100.0 * used / over.count() : 0.0;
     };
     const std::uint64_t sincePrevious = record.previousTicks + record.endedChildTicks;
-    const std::uint64_t sinceFirst = record.firstTicks + record.endedChildTicksBefore +
-                                     record.endedChildTicks;
+    const std::uint64_t sinceFirst =
+        record.firstTicks + record.endedChildTicksBefore + record.endedChildTicks;
     if (record.previousAt < now && windowStart >= record.previousAt) {
         return rate(seconds(sincePrevious, ticks), now - record.previousAt);
     }
@@ -181,8 +182,7 @@ double ProcessScanner::percentOver(const Record& record, std::uint64_t ticks,
     const double unmeasured = (record.firstAt - windowStart).count();
     double estimate = 0.0;
     if (record.firstAge) {
-        estimate = *record.firstAge <= unmeasured ? before
-                                                  : before * unmeasured / *record.firstAge;
+        estimate = *record.firstAge <= unmeasured ? before : before * unmeasured / *record.firstAge;
     }
     return rate(seconds(sinceFirst, ticks) + estimate, now - windowStart);
 }
