@@ -11,7 +11,8 @@ constexpr std::size_t kGpuRows = 3;
 
 }  // namespace
 
-LinuxCauseReader::LinuxCauseReader(std::string root, LoadGpu loadGpu, ProcessScanner::OpenAt openAt)
+LinuxCauseReader::LinuxCauseReader(const std::string& root, LoadGpu loadGpu,
+                                   ProcessScanner::OpenAt openAt)
     : processes_(root, std::move(openAt)), services_(root), loadGpu_(std::move(loadGpu)) {}
 
 HeatCause LinuxCauseReader::scan(MonoTime windowStart, MonoTime now) {

@@ -125,6 +125,7 @@ class NvmlLibrary final : public GpuVendorLibrary {
             }
         }
         std::vector<GpuProcessUse> uses;
+        uses.reserve(found.size());
         for (const auto& [pid, percent] : found)
             uses.push_back(GpuProcessUse{pid, percent});
         return uses;

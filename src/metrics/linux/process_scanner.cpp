@@ -62,9 +62,15 @@ std::vector<ProcessShare> ProcessScanner::scan(MonoTime windowStart, MonoTime no
         UniqueFd procFd(::open(procDir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!procFd.valid()) return {};
         const auto uptime = readUptime(procFd.get());
-        DIR* dir = ::fdopendir(::dup(procFd.get()));
-        if (dir == nullptr) return {};
-        for (const dirent* entry = ::readdir(dir); entry != nullptr; entry = ::readdir(dir)) {
+        const int listing = ::dup(procFd.get());  // the stream owns it once made
+        DIR* dir = listing >= 0 ? ::fdopendir(listing) : nullptr;
+        if (dir == nullptr) {
+            if (listing >= 0) ::close(listing);
+            return {};
+        }
+        // readdir is safe here: the stream is this scan's own.
+        const auto next = [dir] { return ::readdir(dir); };  // NOLINT(concurrency-mt-unsafe)
+        for (const dirent* entry = next(); entry != nullptr; entry = next()) {
             if (!allDigits(entry->d_name)) continue;
             const auto stat = readOne(procFd.get(), entry->d_name);
             if (!stat) continue;

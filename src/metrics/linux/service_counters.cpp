@@ -90,7 +90,7 @@ void ServiceCounters::listUnits() {
             if (name.rfind("user@", 0) == 0 && endsWith(name, ".service")) {
                 listUserUnits(childPath(sliceDir, name), name + "/", kUserDepth);
             } else if (isUnit(name)) {
-                follow(childPath(sliceDir, name), slice + "/" + name);
+                follow(childPath(sliceDir, name), childPath(slice, name));
             }
         }
     }

@@ -18,7 +18,7 @@ class LinuxCauseReader final : public CauseReader {
     /// Loads the vendor library on the first scan; may return null (no GPU rows then).
     using LoadGpu = std::function<std::unique_ptr<GpuVendorLibrary>()>;
 
-    explicit LinuxCauseReader(std::string root, LoadGpu loadGpu = {},
+    explicit LinuxCauseReader(const std::string& root, LoadGpu loadGpu = {},
                               ProcessScanner::OpenAt openAt = {});
 
     void keepCounters(MonoTime now) override { services_.keep(now); }
