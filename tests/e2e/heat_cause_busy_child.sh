@@ -20,9 +20,10 @@ disown "$BUSY"  # killed at the end without a job-control notice
 
 # Own CPU ticks of the child (fields 14 and 15 after its name).
 busy_ticks() { sed 's/.*) //' "/proc/$BUSY/stat" | awk '{ print $12 + $13 }'; }
-# Until it has run for a while, so that it stands out even on a loaded machine.
-ticks_wanted=$(getconf CLK_TCK)
-deadline=$((SECONDS + 60))
+# Until it has used more CPU than the shortest window (5 s) lasts: then it is older than the
+# window, and its share is its whole rate, which stands out even on a loaded machine.
+ticks_wanted=$((6 * $(getconf CLK_TCK)))
+deadline=$((SECONDS + 90))
 while (($(busy_ticks) < ticks_wanted)); do
   ((SECONDS < deadline)) || fail "the busy child did not get the CPU"
   sleep 0.1
