@@ -6,6 +6,7 @@ set(VELMORA_PAGE_FILES
   menubar.html
   stagec.html
   common/bridge.js
+  common/cause.js
   common/dom.js
   common/heat.css
   common/home.js

@@ -22,6 +22,7 @@ if(VELMORA_PLATFORM STREQUAL "linux")
     linux_label_text
     linux_loadavg
     linux_meminfo
+    linux_pid_stat
     linux_pressure
     linux_proc_stat
     linux_rapl

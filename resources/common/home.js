@@ -35,6 +35,7 @@
         D.sparkline(spark, data.spark);
         D.forecastLine(forecast, data.forecast);
         D.setAttr(spark, 'aria-label', 'CPU load over the last minute, now ' + D.textOf(D.get(data, 'cpu.value')));
+        window.HeatCauseLine.render(data);
         if (opts.onLive) opts.onLive(data);
       },
     };

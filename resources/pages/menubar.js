@@ -18,6 +18,7 @@
       D.forecastLine(forecast, data.forecast);
       D.setAttr(spark, 'aria-label', 'CPU load over the last minute, now ' + D.textOf(D.get(data, 'cpu.value')));
       D.show(document.getElementById('power-label'), D.get(data, 'power.label') !== 'none');
+      window.HeatCauseLine.render(data);
     },
   };
 

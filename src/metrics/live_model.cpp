@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "metrics/live_cause.hpp"
 #include "metrics/live_forecast.hpp"
 #include "metrics/live_gauges.hpp"
 #include "metrics/live_lists.hpp"
@@ -133,6 +134,8 @@ nlohmann::json dictionary(const LiveInputs& in, Platform platform) {
     };
     d.update(peakEntries(in));
     if (in.forecast) d["forecast"] = forecastEntry(*in.forecast);
+    // Nothing is said of the cause while the machine is calm.
+    if (in.heatCause && level != Level::ok) d["heatCause"] = heatCauseEntry(*in.heatCause);
     return d;
 }
 

@@ -6,6 +6,7 @@ import './suites/expanded.mjs';
 import './suites/stagec.mjs';
 import './suites/menubar.mjs';
 import './suites/forecast.mjs';
+import './suites/cause.mjs';
 import './suites/common.mjs';
 import './suites/looks.mjs';
 import './suites/engine.mjs';

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/core/heat_tooltip.hpp"
+#include "metrics/heat_cause.hpp"
 #include "metrics/live_model.hpp"
 #include "metrics/live_names.hpp"
 #include "policy/forecast.hpp"
@@ -102,8 +103,8 @@ HeatItemDetails heatItemDetails(const LiveInputs& inputs) {
     if (inputs.cpuTemp && std::isfinite(inputs.cpuTemp->celsius)) {
         details.celsius = inputs.cpuTemp->celsius;
     }
-    // The busiest process is filled in from the sample's heat cause once samples carry it.
-    const std::optional<std::string> busiest;
+    std::optional<std::string> busiest;
+    if (inputs.heatCause) busiest = topProcessPhrase(*inputs.heatCause);
     std::optional<std::string> forecast;
     if (inputs.forecast) forecast = forecastPhrase(*inputs.forecast);
     const auto tip = heatTooltip(liveLevel(inputs.thermal), details.celsius, busiest, forecast);

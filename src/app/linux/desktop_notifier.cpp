@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/core/appearance.hpp"
+#include "metrics/heat_cause.hpp"
 #include "policy/constants.hpp"
 
 namespace velmora {
@@ -276,6 +277,8 @@ void DesktopNotifier::connect(Hooks hooks) {
 void DesktopNotifier::sampled(const LiveInputs& inputs, Timestamp /*now*/) {
     celsius_.reset();
     if (inputs.cpuTemp) celsius_ = inputs.cpuTemp->celsius;
+    busiest_.reset();
+    if (inputs.heatCause) busiest_ = topProcessPhrase(*inputs.heatCause);
 }
 
 void DesktopNotifier::ticked(const nlohmann::json& view) {
@@ -283,8 +286,7 @@ void DesktopNotifier::ticked(const nlohmann::json& view) {
     const auto risesWanted = [this] {
         return !state_->hooks.risesWanted || state_->hooks.risesWanted();
     };
-    // The busiest process is filled in from the sample's heat cause once samples carry one.
-    const auto facts = noticeFactsFromView(view, celsius_, std::nullopt);
+    const auto facts = noticeFactsFromView(view, celsius_, busiest_);
     const auto commands = rules_.update(facts, MonoTime::now(), risesWanted);
     if (commands.empty()) return;
     if (state_->bus == nullptr && !state_->connecting) {

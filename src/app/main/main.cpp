@@ -10,6 +10,8 @@
 #include "app/core/process_setup.hpp"
 #include "app/core/resource_dirs.hpp"
 #include "app/core/usage.hpp"
+#include "metrics/backend_factory.hpp"
+#include "metrics/cause_factory.hpp"
 #include "metrics/diagnose.hpp"
 #include "policy/constants.hpp"
 
@@ -22,9 +24,17 @@ int diagnose(const velmora::LaunchOptions& opts) {
         velmora::resourceReport(velmora::resourceDirectory(velmora::runningExecutable()));
     std::fputs(resources.c_str(), stdout);
     auto collector = velmora::makePlatformCollector(opts);
+    auto causes = velmora::makePlatformCauseReader(
+        velmora::causeRootFromEnvironment(velmora::metricsRootFromEnvironment()));
+    const auto first = velmora::MonoTime::now();
+    if (causes) causes->scan(first, first);
     // The collector read the counters once; a second reading a moment later gives real loads.
     std::this_thread::sleep_for(std::chrono::milliseconds(250));
-    const auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
+    auto report = velmora::diagnoseReport(*collector, velmora::Timestamp::now());
+    if (causes) {
+        const auto second = velmora::MonoTime::now();
+        report += velmora::busiestReport(causes->scan(first, second), second - first);
+    }
     std::fputs(report.c_str(), stdout);
     return 0;
 }

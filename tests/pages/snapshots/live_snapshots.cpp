@@ -63,6 +63,17 @@ LiveInputs forcedCritical() {
     return in;
 }
 
+// A busy laptop whose heat has a cause, one name of which is not valid UTF-8.
+LiveInputs heating() {
+    LiveInputs in = busyLaptop();
+    HeatCause cause;
+    cause.processes = {{"yes", 4242, 99.4}, {"cc1plus", 977, 35.0}, {"odd\xff name", 1201, 12.2}};
+    cause.services = {{"user@1000.service/app-firefox.scope", 14.0}};
+    cause.gpu = {{"blender", 77, 60.0}};
+    in.heatCause = cause;
+    return in;
+}
+
 }  // namespace
 
 nlohmann::json liveSnapshots() {
@@ -73,6 +84,7 @@ nlohmann::json liveSnapshots() {
     add("model-busy-laptop", busyLaptop());
     add("model-bare", LiveInputs{});
     add("model-forced-critical", forcedCritical());
+    add("model-heating", heating());
     return out;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "metrics/forecast_feed.hpp"
+#include "metrics/heat_cause_tracker.hpp"
 #include "metrics/live_inputs.hpp"
 #include "metrics/metrics_backend.hpp"
 #include "metrics/source_table.hpp"
@@ -37,7 +38,9 @@ class HeatCollector {
     std::optional<ThermalState> currentThermal(Timestamp now) const;
 
     std::string sensorSummary();
-    void assumeThermal(ThermalState previous) { backend_->assumeThermal(previous); }
+    void assumeThermal(ThermalState previous);
+    /// From now on each sample above NORMAL says what is heating the machine.
+    void setCauseTracker(std::unique_ptr<HeatCauseTracker> tracker) { cause_ = std::move(tracker); }
     std::vector<std::string> takeNotices();
     std::vector<SourceRow> sourceTable() const;
     std::vector<ThermalLimit> thermalLimits() const { return backend_->thermalLimits(); }
@@ -55,6 +58,7 @@ class HeatCollector {
     void rememberCpuTemp(const std::optional<TempReading>& cpuTemp);
 
     std::unique_ptr<MetricsBackend> backend_;
+    std::unique_ptr<HeatCauseTracker> cause_;
     std::vector<double> cpuHistory_;
     Level peak_ = Level::ok;
     std::optional<double> peakCpuTemp_;

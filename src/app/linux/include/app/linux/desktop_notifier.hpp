@@ -44,6 +44,8 @@ class DesktopNotifier final : public WatchdogObserver {
     std::shared_ptr<State> state_;
     HeatNotices rules_;
     std::optional<double> celsius_;
+    /// The busiest process of the last sample, "cc1plus 96 %", from WARM up.
+    std::optional<std::string> busiest_;
 };
 
 }  // namespace velmora
