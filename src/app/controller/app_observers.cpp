@@ -3,11 +3,15 @@
 #include "app/controller/app_controller.hpp"
 #include "app/fleet/metrics_file.hpp"
 #include "app/fleet/observed_shutdowner.hpp"
+#include "metrics/backend_factory.hpp"
 
 namespace velmora {
 
 void AppController::startObservers() {
     observers_ = services_.observers;
+    history_ = std::make_shared<HistoryRecorder>(opts_.dataDir, metricsRootFromEnvironment(),
+                                                 loop_.poster(), logSink());
+    observers_.push_back(history_);
     if (!opts_.metricsFile.empty()) {
         auto* collector = live_.get();
         const auto* sampled = &sampledLimits_;

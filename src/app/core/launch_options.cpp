@@ -74,6 +74,9 @@ std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>
     if (const auto path = valueOf(scanned, "--metrics-file")) {
         opts.metricsFile = resolveUserPath(*path, env);
     }
+    if (const auto target = valueOf(scanned, "--export-history")) {
+        opts.exportHistory = *target == "-" ? *target : resolveUserPath(*target, env).string();
+    }
     opts.help = has(scanned, "--help");
     opts.version = has(scanned, "--version");
     return opts;

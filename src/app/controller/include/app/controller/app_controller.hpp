@@ -16,6 +16,7 @@
 #include "app/core/main_loop.hpp"
 #include "app/core/presentation_rules.hpp"
 #include "app/core/shell.hpp"
+#include "app/controller/history_recorder.hpp"
 #include "app/fleet/watchdog_observer.hpp"
 #include "engine/engine.hpp"
 #include "metrics/heat_collector.hpp"
@@ -112,6 +113,8 @@ class AppController {
     const std::string& token() const { return token_; }
     AppearancePref appearance() const { return appearance_; }
     const PresentationState& presentation() const { return ui_; }
+    /// The kept history; null until `start` made it.
+    const HistoryRecorder* history() const { return history_.get(); }
     /// The watchdog; null until `start` built it.
     const Engine* engine() const { return engine_.get(); }
     /// The actuators `start` chose for the options.
@@ -165,6 +168,7 @@ class AppController {
     void runEmergencyPageAction(const std::string& action, const nlohmann::json& body);
     void handleHeat(const nlohmann::json& body);
     void runHeat(const std::string& action);
+    void sendHistory(const nlohmann::json& body);
     void onUserShutdownResult(const std::optional<ShutdownError>& error);
 
     // Presentation.
@@ -214,6 +218,8 @@ class AppController {
     std::optional<TimerId> idleTimer_;
     std::optional<TimerId> liveTimer_;
     std::vector<std::shared_ptr<WatchdogObserver>> observers_;
+    /// The month of history the expanded page draws and the popup's sparkline shows.
+    std::shared_ptr<HistoryRecorder> history_;
     /// The thresholds of the latest sample, for the metrics file; with a sampler thread the
     /// collector is not the loop's to ask.
     std::vector<ThermalLimit> sampledLimits_;

@@ -1,0 +1,196 @@
+#include "store/history_tiers.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace velmora {
+
+namespace {
+
+// Hundredths of a degree, tenths of a percent or watt, whole revolutions per minute.
+constexpr std::array<double, historySeriesCount> kScales{100.0, 100.0, 100.0, 10.0,
+                                                         10.0,  1.0,   10.0};
+constexpr std::size_t kHottest = static_cast<std::size_t>(HistorySeries::hottest);
+constexpr std::uint16_t kMaxCount = std::numeric_limits<std::uint16_t>::max();
+
+std::int16_t scaled(double value, double scale) {
+    constexpr double low = std::numeric_limits<std::int16_t>::min();
+    constexpr double high = std::numeric_limits<std::int16_t>::max();
+    return static_cast<std::int16_t>(std::clamp(std::round(value * scale), low, high));
+}
+
+std::int64_t intervalStart(std::int64_t time, std::int32_t width) {
+    const std::int64_t w = width;
+    const std::int64_t q = time / w;
+    return (time % w < 0 ? q - 1 : q) * w;
+}
+
+// Cuts at a character boundary so that a name never ends in half a UTF-8 sequence.
+std::size_t fittingLength(std::string_view name, std::size_t room) {
+    if (name.size() <= room) return name.size();
+    std::size_t length = room;
+    while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U)
+        --length;
+    return length;
+}
+
+HistoryBucket encode(const HistorySample& sample, std::optional<std::string_view> busiest) {
+    HistoryBucket bucket;
+    bucket.time = sample.time;
+    const std::array<const std::optional<double>*, historySeriesCount> values{
+        &sample.cpuTempC, &sample.gpuTempC, &sample.hottestC,      &sample.cpuPercent,
+        &sample.powerW,   &sample.fanRpm,   &sample.batteryPercent};
+    for (std::size_t i = 0; i < historySeriesCount; ++i) {
+        const auto& value = *values.at(i);
+        if (!value || !std::isfinite(*value)) continue;
+        const auto v = scaled(*value, kScales.at(i));
+        bucket.stats.at(i) = HistoryBucket::Stat{v, v, v, 1, 0};
+    }
+    if (sample.level) bucket.level = static_cast<std::uint8_t>(rawValue(*sample.level));
+    if (sample.thermal) bucket.thermal = static_cast<std::uint8_t>(*sample.thermal);
+    if (busiest && !busiest->empty()) {
+        const auto length = fittingLength(*busiest, HistoryBucket::nameBytes - 1);
+        std::copy_n(busiest->data(), length, bucket.busiest.begin());
+        const auto& hottest = bucket.stats.at(kHottest);
+        bucket.busiestAt = hottest.count > 0 ? hottest.max : std::numeric_limits<std::int16_t>::min();
+    }
+    return bucket;
+}
+
+std::uint8_t worse(std::uint8_t a, std::uint8_t b) {
+    if (a == HistoryBucket::absentCode) return b;
+    if (b == HistoryBucket::absentCode) return a;
+    return std::max(a, b);
+}
+
+void merge(HistoryBucket::Stat& into, const HistoryBucket::Stat& from) {
+    if (from.count == 0) return;
+    if (into.count == 0) {
+        into = from;
+        return;
+    }
+    into.min = std::min(into.min, from.min);
+    into.max = std::max(into.max, from.max);
+    // A bucket holds at most a few thousand samples; past the counter's range the mean is
+    // that of the first ones, which cannot overflow the sum.
+    if (into.count > kMaxCount - from.count) return;
+    into.sum += from.sum;
+    into.count = static_cast<std::uint16_t>(into.count + from.count);
+}
+
+void merge(HistoryBucket& into, const HistoryBucket& sample) {
+    for (std::size_t i = 0; i < historySeriesCount; ++i)
+        merge(into.stats.at(i), sample.stats.at(i));
+    into.level = worse(into.level, sample.level);
+    into.thermal = worse(into.thermal, sample.thermal);
+    // The name kept is the one seen at the interval's hottest moment: what ran at the spike.
+    if (sample.busiest.front() != '\0' &&
+        (into.busiest.front() == '\0' || sample.busiestAt >= into.busiestAt)) {
+        into.busiest = sample.busiest;
+        into.busiestAt = sample.busiestAt;
+    }
+}
+
+std::optional<HistoryFigure> figureOf(const HistoryBucket::Stat& stat, double scale) {
+    if (stat.count == 0) return std::nullopt;
+    return HistoryFigure{stat.min / scale, stat.sum / scale / stat.count, stat.max / scale};
+}
+
+}  // namespace
+
+HistoryRow historyRow(const HistoryBucket& bucket, std::int32_t resolution) {
+    HistoryRow row;
+    row.time = bucket.time;
+    row.resolution = resolution;
+    if (bucket.level != HistoryBucket::absentCode) row.level = levelFromRaw(bucket.level);
+    if (bucket.thermal <= static_cast<std::uint8_t>(ThermalState::critical)) {
+        row.thermal = static_cast<ThermalState>(bucket.thermal);
+    }
+    for (std::size_t i = 0; i < historySeriesCount; ++i)
+        row.figures.at(i) = figureOf(bucket.stats.at(i), kScales.at(i));
+    const std::string_view text(bucket.busiest.data(),
+                                ::strnlen(bucket.busiest.data(), bucket.busiest.size()));
+    if (!text.empty()) row.busiest = std::string(text);
+    return row;
+}
+
+HistoryTier::HistoryTier(std::int32_t width, std::size_t capacity)
+    : width_(width), ring_(capacity), numbers_(capacity, 0) {}
+
+const HistoryBucket* HistoryTier::point(std::uint64_t number) const {
+    if (number == 0) return nullptr;
+    const auto slot = static_cast<std::size_t>((number - 1) % ring_.size());
+    return numbers_[slot] == number ? &ring_[slot] : nullptr;
+}
+
+void HistoryTier::add(const HistoryBucket& sample) {
+    const auto start = intervalStart(sample.time, width_);
+    if (open_ && open_->time != start) close();
+    if (!open_) {
+        open_ = sample;
+        open_->time = start;
+        return;
+    }
+    merge(*open_, sample);
+}
+
+void HistoryTier::close() {
+    ++pushed_;
+    const auto slot = static_cast<std::size_t>((pushed_ - 1) % ring_.size());
+    ring_[slot] = *open_;
+    numbers_[slot] = pushed_;
+    open_.reset();
+}
+
+void HistoryTier::restore(std::uint64_t number, const HistoryBucket& bucket) {
+    if (number == 0) return;
+    const auto slot = static_cast<std::size_t>((number - 1) % ring_.size());
+    ring_[slot] = bucket;
+    numbers_[slot] = number;
+    pushed_ = std::max(pushed_, number);
+}
+
+HistoryStore::HistoryStore()
+    : tiers_{HistoryTier(widths[0], capacities[0]), HistoryTier(widths[1], capacities[1]),
+             HistoryTier(widths[2], capacities[2]), HistoryTier(widths[3], capacities[3])} {}
+
+void HistoryStore::add(const HistorySample& sample, std::optional<std::string_view> busiest) {
+    const auto encoded = encode(sample, busiest);
+    for (auto& tier : tiers_)
+        tier.add(encoded);
+}
+
+std::vector<HistoryRow> HistoryStore::rows() const {
+    return rowsSince(std::numeric_limits<std::int64_t>::min());
+}
+
+std::vector<HistoryRow> HistoryStore::rowsSince(std::int64_t since) const {
+    std::vector<HistoryRow> newestFirst;
+    // Every kept row is older than all rows kept before it: finer tiers come first, so a
+    // coarser point is used only for the times no finer one covers.
+    auto floor = std::numeric_limits<std::int64_t>::max();
+    bool done = false;
+    auto consider = [&](const HistoryBucket& bucket, std::int32_t width) {
+        if (bucket.time >= floor) return;
+        if (bucket.time < since) {
+            done = true;
+            return;
+        }
+        newestFirst.push_back(historyRow(bucket, width));
+        floor = bucket.time;
+    };
+    for (const auto& tier : tiers_) {
+        if (tier.open()) consider(*tier.open(), tier.width());
+        const auto oldest = tier.pushed() > tier.capacity() ? tier.pushed() - tier.capacity() : 0;
+        for (auto number = tier.pushed(); number > oldest && !done; --number) {
+            if (const auto* bucket = tier.point(number)) consider(*bucket, tier.width());
+        }
+        if (done) break;
+    }
+    std::reverse(newestFirst.begin(), newestFirst.end());
+    return newestFirst;
+}
+
+}  // namespace velmora
