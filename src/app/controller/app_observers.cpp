@@ -9,9 +9,6 @@ namespace velmora {
 
 void AppController::startObservers() {
     observers_ = services_.observers;
-    history_ = std::make_shared<HistoryRecorder>(opts_.dataDir, metricsRootFromEnvironment(),
-                                                 loop_.poster(), logSink());
-    observers_.push_back(history_);
     if (!opts_.metricsFile.empty()) {
         auto* collector = live_.get();
         const auto* sampled = &sampledLimits_;
@@ -21,7 +18,12 @@ void AppController::startObservers() {
             }));
         log("metrics: writing " + opts_.metricsFile.string() + " after every sample");
     }
-    if (observers_.empty()) return;
+    // History records the readings and levels; it has no use for the shutdown calls.
+    const bool countsShutdowns = !observers_.empty();
+    history_ = std::make_shared<HistoryRecorder>(opts_.dataDir, metricsRootFromEnvironment(),
+                                                 loop_.poster(), logSink());
+    observers_.push_back(history_);
+    if (!countsShutdowns) return;
     // Every power-off request is counted, whoever asked for it.
     std::weak_ptr<AppController*> weak = self_;
     shutdowner_ = std::make_shared<ObservedShutdowner>(shutdowner_, [weak] {
