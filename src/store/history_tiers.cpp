@@ -126,11 +126,11 @@ const HistoryBucket* HistoryTier::point(std::uint64_t number) const {
 }
 
 void HistoryTier::add(const HistoryBucket& sample) {
-    const auto start = intervalStart(sample.time, width_);
-    if (open_ && open_->time != start) close();
+    // A point is dated by its first sample: the start of its interval when the watchdog ran
+    // through it, never a moment before the first reading.
+    if (open_ && intervalStart(open_->time, width_) != intervalStart(sample.time, width_)) close();
     if (!open_) {
         open_ = sample;
-        open_->time = start;
         return;
     }
     merge(*open_, sample);

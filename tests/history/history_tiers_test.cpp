@@ -187,3 +187,20 @@ TEST(HistoryTiers, FiguresOutsideTheCompactRangeAreClampedNotWrapped) {
 
 }  // namespace
 }  // namespace velmora
+
+namespace velmora {
+namespace {
+
+TEST(HistoryTiersDating, APointBegunMidIntervalIsDatedByItsFirstSampleNotBeforeIt) {
+    HistoryStore store;
+    const std::int64_t start = 1'789'999'200 + 437;  // 7 min 17 s into a quarter hour
+    for (int i = 0; i < 1200; ++i)
+        store.add(sampleAt(start + i, 50.0), std::nullopt);
+    const auto rows = store.rows();
+    EXPECT_EQ(rows.front().time, start) << "no row before the first reading";
+    EXPECT_EQ(store.tier(3).point(1)->time, start);
+    EXPECT_EQ(store.tier(1).point(2)->time, 1'789'999'200 + 440) << "later points start on time";
+}
+
+}  // namespace
+}  // namespace velmora

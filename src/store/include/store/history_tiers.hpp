@@ -52,7 +52,8 @@ struct HistoryFigure {
 
 /// One point as readers see it.
 struct HistoryRow {
-    /// The start of the point's interval, seconds since the Unix epoch.
+    /// The point's first sample, seconds since the Unix epoch: the start of its interval unless
+    /// the watchdog began (or the clock was set) within it.
     std::int64_t time = 0;
     /// How many seconds the point covers: 1, 10, 60 or 900.
     std::int32_t resolution = 1;
