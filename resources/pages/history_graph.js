@@ -55,8 +55,9 @@
 
   function scales(v) {
     const bands = v.bands || {};
-    const top = rows.reduce(function (m, r) { return Math.max(m, num(r.hottestMax) || 0); }, 110);
-    const hi = Math.ceil((top + 5) / 10) * 10;
+    // 20 to 110 °C, higher when a reading needs the room.
+    const top = rows.reduce(function (m, r) { return Math.max(m, num(r.hottestMax) || 0); }, 0);
+    const hi = Math.max(110, Math.ceil((top + 5) / 10) * 10);
     const lo = 20;
     const end = num(v.now) || 0;
     const start = end - (num(v.span) || 900);

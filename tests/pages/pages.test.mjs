@@ -8,5 +8,6 @@ import './suites/menubar.mjs';
 import './suites/common.mjs';
 import './suites/looks.mjs';
 import './suites/engine.mjs';
+import './suites/history.mjs';
 
 after(closeBrowser);
