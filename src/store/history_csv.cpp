@@ -10,8 +10,8 @@ namespace velmora {
 namespace {
 
 constexpr std::array<std::string_view, historySeriesCount> kNames{
-    "cpu_temp_c", "gpu_temp_c", "hottest_c", "cpu_percent", "power_w", "fan_rpm",
-    "battery_percent"};
+    "cpu_temp_c", "gpu_temp_c", "hottest_c",      "cpu_percent",
+    "power_w",    "fan_rpm",    "battery_percent"};
 // The precision the points are kept at: hundredths of a degree, tenths of a percent or watt.
 constexpr std::array<int, historySeriesCount> kDecimals{2, 2, 2, 1, 1, 0, 1};
 

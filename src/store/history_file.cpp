@@ -78,8 +78,7 @@ Record record(std::size_t slot, std::uint64_t number, std::size_t tier, std::uin
 
 /// The point in one slot, when the slot holds a whole, checked point of that tier and kind.
 std::optional<std::pair<std::uint64_t, HistoryBucket>> slotPoint(std::string_view file,
-                                                                 std::size_t slot,
-                                                                 std::size_t tier,
+                                                                 std::size_t slot, std::size_t tier,
                                                                  std::uint32_t kind) {
     const auto bytes = file.substr(slotOffset(slot), recordBytes);
     if (take<std::uint32_t>(bytes, kKindAt) != kind) return std::nullopt;
@@ -128,8 +127,8 @@ std::string headerProblem(std::string_view file, std::optional<std::uint64_t> ma
     if (take<std::uint32_t>(file, kCrcAt) != crc32(file.substr(0, kCrcAt))) {
         return "has a damaged header";
     }
-    if (file.substr(0, headerBytes) != asText(header(take<std::uint64_t>(file, 16)).data(),
-                                              headerBytes)) {
+    if (file.substr(0, headerBytes) !=
+        asText(header(take<std::uint64_t>(file, 16)).data(), headerBytes)) {
         return "has another layout";
     }
     if (machine && take<std::uint64_t>(file, 16) != *machine) return "belongs to another machine";
@@ -190,7 +189,8 @@ std::vector<Record> changedRecords(const HistoryStore& store,
             }
         }
         written.at(t) = tier.pushed();
-        if (tier.open()) out.push_back(record(openSlot(t), tier.pushed() + 1, t, kOpen, *tier.open()));
+        if (tier.open())
+            out.push_back(record(openSlot(t), tier.pushed() + 1, t, kOpen, *tier.open()));
     }
     return out;
 }

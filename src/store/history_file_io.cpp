@@ -68,7 +68,8 @@ std::optional<UniqueFd> openExisting(const std::filesystem::path& path, std::str
         problem = "could not be opened for writing: " + errorText(errno);
         return std::nullopt;
     }
-    if (!S_ISREG(info.st_mode) || static_cast<std::size_t>(info.st_size) != history_file::fileBytes()) {
+    if (!S_ISREG(info.st_mode) ||
+        static_cast<std::size_t>(info.st_size) != history_file::fileBytes()) {
         problem = "changed while it was read";
         return std::nullopt;
     }
@@ -132,8 +133,8 @@ HistoryFile::Opened HistoryFile::open(const std::filesystem::path& dir, std::uin
 
 WriteError HistoryFile::write(const std::vector<history_file::Record>& records, bool sync) {
     for (const auto& record : records) {
-        if (const int err = writeAt(fd_.get(), record.bytes.data(), record.bytes.size(),
-                                    record.offset)) {
+        if (const int err =
+                writeAt(fd_.get(), record.bytes.data(), record.bytes.size(), record.offset)) {
             return StoreError::fromErrno("could not write", path_, err);
         }
     }

@@ -54,7 +54,8 @@ HistoryBucket encode(const HistorySample& sample, std::optional<std::string_view
         const auto length = fittingLength(*busiest, HistoryBucket::nameBytes - 1);
         std::copy_n(busiest->data(), length, bucket.busiest.begin());
         const auto& hottest = bucket.stats.at(kHottest);
-        bucket.busiestAt = hottest.count > 0 ? hottest.max : std::numeric_limits<std::int16_t>::min();
+        bucket.busiestAt =
+            hottest.count > 0 ? hottest.max : std::numeric_limits<std::int16_t>::min();
     }
     return bucket;
 }

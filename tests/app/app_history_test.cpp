@@ -88,8 +88,8 @@ TEST(PageHistory, ThePopupIsGivenTheLastFifteenMinutesBeforeTheReadings) {
     const auto scripts = h.shell.scripts(WebView::menu);
     ASSERT_FALSE(scripts.empty());
     const auto& last = scripts.back();
-    EXPECT_EQ(last.rfind("window.heatLive && window.heatLive.recent && window.heatLive.recent([", 0),
-              0U)
+    EXPECT_EQ(
+        last.rfind("window.heatLive && window.heatLive.recent && window.heatLive.recent([", 0), 0U)
         << last;
     EXPECT_NE(last.find(";window.heatLive && window.heatLive.render("), std::string::npos);
     EXPECT_NE(last.find("10.0"), std::string::npos);

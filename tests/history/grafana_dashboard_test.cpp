@@ -94,8 +94,9 @@ TEST_F(GrafanaDashboard, NamesOnlyMetricsTheProgramWrites) {
 }
 
 TEST_F(GrafanaDashboard, ShowsTemperaturesLevelAndCountdowns) {
-    for (const char* name : {"velmora_sensor_temperature_celsius", "velmora_heat_level",
-                             "velmora_thermal_limit_celsius", "velmora_countdown_remaining_seconds"}) {
+    for (const char* name :
+         {"velmora_sensor_temperature_celsius", "velmora_heat_level",
+          "velmora_thermal_limit_celsius", "velmora_countdown_remaining_seconds"}) {
         EXPECT_NE(queries.find(name), std::string::npos) << name;
     }
 }

@@ -35,8 +35,10 @@ HistoryRow rowAt(std::int64_t time) {
     row.resolution = 60;
     row.level = Level::extreme;
     row.thermal = ThermalState::serious;
-    row.figures.at(static_cast<std::size_t>(HistorySeries::hottest)) = HistoryFigure{90, 96.256, 99.5};
-    row.figures.at(static_cast<std::size_t>(HistorySeries::cpuPercent)) = HistoryFigure{50, 75.04, 100};
+    row.figures.at(static_cast<std::size_t>(HistorySeries::hottest)) =
+        HistoryFigure{90, 96.256, 99.5};
+    row.figures.at(static_cast<std::size_t>(HistorySeries::cpuPercent)) =
+        HistoryFigure{50, 75.04, 100};
     return row;
 }
 

@@ -57,10 +57,9 @@ nlohmann::json view(int level, const std::string& state = "idle", bool sim = fal
 class HistoryRecorderTest : public ::testing::Test {
   protected:
     std::unique_ptr<HistoryRecorder> start() {
-        auto recorder = std::make_unique<HistoryRecorder>(tmp.path(), tmp.path().string(),
-                                                          work.post(), [this](const std::string& l) {
-                                                              lines.push_back(l);
-                                                          });
+        auto recorder =
+            std::make_unique<HistoryRecorder>(tmp.path(), tmp.path().string(), work.post(),
+                                              [this](const std::string& l) { lines.push_back(l); });
         recorder->settle();
         work.run();
         return recorder;
@@ -95,8 +94,8 @@ TEST(HistorySampleFrom, TakesTheHottestSensorTheFastestFanAndTheHeadlineFigures)
 
 TEST_F(HistoryRecorderTest, TakesOverTheFileAndTheSamplesThatCameWhileItWasRead) {
     testing::writeHistory(tmp.path(), kHistoryStart, 30, machineIdentity(tmp.path().string()));
-    auto recorder = std::make_unique<HistoryRecorder>(tmp.path(), tmp.path().string(), work.post(),
-                                                      LogSink());
+    auto recorder =
+        std::make_unique<HistoryRecorder>(tmp.path(), tmp.path().string(), work.post(), LogSink());
     recorder->settle();
     sample(*recorder, kHistoryStart + 100);  // before the loop took the file's history over
     EXPECT_FALSE(recorder->loaded());

@@ -56,15 +56,15 @@ HistoryRecorder::HistoryRecorder(std::filesystem::path dir, std::string machineR
                                  LogSink log)
     : post_(std::move(post)), log_(std::move(log)), disk_(std::make_shared<Disk>()) {
     std::weak_ptr<HistoryRecorder*> weak = self_;
-    worker_.post([disk = disk_, dir = std::move(dir), root = std::move(machineRoot), post = post_,
-                  weak] {
-        auto opened = HistoryFile::open(dir, machineIdentity(root));
-        disk->file = std::move(opened.file);
-        auto store = std::make_shared<std::unique_ptr<HistoryStore>>(std::move(opened.store));
-        post([weak, store, notes = std::move(opened.notes)] {
-            if (const auto self = weak.lock()) (*self)->adopt(std::move(*store), notes);
+    worker_.post(
+        [disk = disk_, dir = std::move(dir), root = std::move(machineRoot), post = post_, weak] {
+            auto opened = HistoryFile::open(dir, machineIdentity(root));
+            disk->file = std::move(opened.file);
+            auto store = std::make_shared<std::unique_ptr<HistoryStore>>(std::move(opened.store));
+            post([weak, store, notes = std::move(opened.notes)] {
+                if (const auto self = weak.lock()) (*self)->adopt(std::move(*store), notes);
+            });
         });
-    });
 }
 
 HistoryRecorder::~HistoryRecorder() {
@@ -108,12 +108,14 @@ void HistoryRecorder::record(const HistorySample& sample, std::optional<std::str
     store_->add(sample, busiest);
     if (!loaded_) {
         if (early_.size() < kEarlyLimit) {
-            early_.emplace_back(sample, busiest ? std::optional<std::string>(*busiest) : std::nullopt);
+            early_.emplace_back(sample,
+                                busiest ? std::optional<std::string>(*busiest) : std::nullopt);
         }
         return;
     }
     // A clock set back writes at once too, rather than waiting for the old time to come round.
-    if (!lastWrite_ || sample.time < *lastWrite_ || sample.time - *lastWrite_ >= writeEvery.count()) {
+    if (!lastWrite_ || sample.time < *lastWrite_ ||
+        sample.time - *lastWrite_ >= writeEvery.count()) {
         lastWrite_ = sample.time;
         write(false);
     }
@@ -130,8 +132,9 @@ void HistoryRecorder::write(bool sync) {
         if (problem == disk->lastProblem) return;
         disk->lastProblem = problem;
         // Said once per change, and on the loop, where the log belongs.
-        const std::string line = error ? "history: " + problem + "; the points stay in memory"
-                                       : "history: writing " + disk->file->path().string() + " again";
+        const std::string line = error
+                                     ? "history: " + problem + "; the points stay in memory"
+                                     : "history: writing " + disk->file->path().string() + " again";
         post([weak, line] {
             if (const auto self = weak.lock(); self && (*self)->log_) (*self)->log_(line);
         });
