@@ -198,6 +198,7 @@
     if (!next || typeof next !== 'object' || !Array.isArray(next.rows) || !Array.isArray(next.columns)) return;
     if (typeof next.range === 'string' && next.range !== range) return;  // an answer to an older question
     view = next;
+    plot.setAttribute('data-shown', range);
     rows = next.rows.filter(Array.isArray).map(function (values) { return rowObject(next.columns, values); })
       .filter(function (r) { return num(r.time) !== null; });
     draw();

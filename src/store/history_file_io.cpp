@@ -46,8 +46,10 @@ std::optional<UniqueFd> createFresh(const std::filesystem::path& path, std::uint
     const auto size = static_cast<off_t>(history_file::fileBytes());
     const auto head = history_file::header(machine);
     int err = ::ftruncate(fd.get(), size) == 0 ? 0 : errno;
+#if !defined(__APPLE__)
     // Reserving the blocks now means a full disk later cannot fail a write of a slot.
     if (err == 0) static_cast<void>(::posix_fallocate(fd.get(), 0, size));
+#endif
     if (err == 0) err = writeAt(fd.get(), head.data(), head.size(), 0);
     if (err == 0 && ::fsync(fd.get()) != 0) err = errno;
     if (err != 0) {
@@ -75,6 +77,14 @@ std::optional<UniqueFd> openExisting(const std::filesystem::path& path, std::str
     }
     if ((info.st_mode & 0777U) != 0600U) static_cast<void>(::fchmod(fd.get(), 0600));
     return fd;
+}
+
+int flushData(int fd) {
+#if defined(__APPLE__)
+    return ::fsync(fd);
+#else
+    return ::fdatasync(fd);
+#endif
 }
 
 std::uint64_t fnv1a(std::string_view text) {
@@ -138,7 +148,7 @@ WriteError HistoryFile::write(const std::vector<history_file::Record>& records, 
             return StoreError::fromErrno("could not write", path_, err);
         }
     }
-    if (sync && ::fdatasync(fd_.get()) != 0) {
+    if (sync && flushData(fd_.get()) != 0) {
         return StoreError::fromErrno("could not flush", path_, errno);
     }
     return std::nullopt;

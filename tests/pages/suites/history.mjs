@@ -125,8 +125,10 @@ describe('history graph', () => {
       for (const bad of [null, 'rows', { rows: 'x', columns: COLUMNS }, { range: '2h', columns: COLUMNS, rows: [['x']] }]) {
         await renderHistory(page, bad);
       }
+      assert.equal(await page.getAttribute('#history-plot', 'data-shown'), null);
       await renderHistory(page, historyView('2h', 7200));
       assert.equal(lineStarts(await page.getAttribute('#history-temp .line', 'd')), 1);
+      assert.equal(await page.getAttribute('#history-plot', 'data-shown'), '2h');
     });
   });
 
