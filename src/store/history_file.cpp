@@ -86,8 +86,10 @@ std::optional<std::pair<std::uint64_t, HistoryBucket>> slotPoint(std::string_vie
     if (take<std::uint32_t>(bytes, kRecordCrcAt) != crc32(bytes.substr(0, kRecordCrcAt))) {
         return std::nullopt;
     }
+    // Far beyond a point a second for a lifetime: a number no writer could have reached.
+    constexpr std::uint64_t kHighestNumber = std::uint64_t{1} << 40U;
     const auto number = take<std::uint64_t>(bytes, 0);
-    if (number == 0) return std::nullopt;
+    if (number == 0 || number > kHighestNumber) return std::nullopt;
     return std::pair{number, take<HistoryBucket>(bytes, kBucketAt)};
 }
 

@@ -112,7 +112,7 @@ HistoryRow historyRow(const HistoryBucket& bucket, std::int32_t resolution) {
     for (std::size_t i = 0; i < historySeriesCount; ++i)
         row.figures.at(i) = figureOf(bucket.stats.at(i), kScales.at(i));
     const std::string_view text(bucket.busiest.data(),
-                                ::strnlen(bucket.busiest.data(), bucket.busiest.size()));
+                                ::strnlen(bucket.busiest.data(), HistoryBucket::nameBytes - 1));
     if (!text.empty()) row.busiest = std::string(text);
     return row;
 }

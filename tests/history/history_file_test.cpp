@@ -246,3 +246,26 @@ TEST(HistoryCrc, MatchesTheStandardCheckValue) {
 
 }  // namespace
 }  // namespace velmora
+
+namespace velmora {
+namespace {
+
+// A record with a valid checksum but a number no writer reaches is left out, not trusted.
+TEST(HistoryFileRecords, ANumberNoWriterCouldReachIsLeftOut) {
+    testing::TempDir tmp{"history"};
+    testing::writeHistory(tmp.path(), testing::kHistoryStart, 3);
+    auto bytes = testing::fileText(tmp.path() / "history.bin");
+    const auto at = history_file::headerBytes;           // slot 0 of the 1 s tier: point 1
+    const std::uint64_t huge = ~std::uint64_t{0} - 899;  // still lands in slot 0
+    std::memcpy(bytes.data() + at, &huge, sizeof huge);
+    const auto crc = history_file::crc32(std::string_view(bytes).substr(at, 136));
+    std::memcpy(bytes.data() + at + 136, &crc, sizeof crc);
+    testing::putText(tmp.path() / "history.bin", bytes);
+    const auto reading = readHistory(tmp.path());
+    ASSERT_TRUE(reading.store) << reading.problem;
+    EXPECT_EQ(reading.store->tier(0).pushed(), 2U);
+    EXPECT_EQ(reading.store->rows().size(), 3U) << "the 10 s point, then seconds 2 and 3";
+}
+
+}  // namespace
+}  // namespace velmora
