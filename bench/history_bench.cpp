@@ -70,7 +70,7 @@ void BM_HistoryResidentMemory(benchmark::State& state) {
     state.counters["store_bytes"] = static_cast<double>(
         sizeof(HistoryStore) + (HistoryStore::capacities[0] + HistoryStore::capacities[1] +
                                 HistoryStore::capacities[2] + HistoryStore::capacities[3]) *
-                                   (sizeof(velmora::HistoryBucket) + sizeof(std::uint64_t)));
+                                   (sizeof(velmora::HistoryPoint) + sizeof(std::uint64_t)));
 }
 BENCHMARK(BM_HistoryResidentMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
 

@@ -185,9 +185,9 @@ std::vector<Record> changedRecords(const HistoryStore& store,
         const auto capacity = tier.capacity();
         const auto oldest = tier.pushed() > capacity ? tier.pushed() - capacity : 0;
         for (auto number = std::max(written.at(t), oldest) + 1; number <= tier.pushed(); ++number) {
-            if (const auto* bucket = tier.point(number)) {
+            if (const auto* point = tier.point(number)) {
                 const auto slot = firstSlot(t) + static_cast<std::size_t>((number - 1) % capacity);
-                out.push_back(record(slot, number, t, kClosed, *bucket));
+                out.push_back(record(slot, number, t, kClosed, point->bucket()));
             }
         }
         written.at(t) = tier.pushed();

@@ -51,7 +51,7 @@ HistoryBucket encode(const HistorySample& sample, std::optional<std::string_view
     if (sample.level) bucket.level = static_cast<std::uint8_t>(rawValue(*sample.level));
     if (sample.thermal) bucket.thermal = static_cast<std::uint8_t>(*sample.thermal);
     if (busiest && !busiest->empty()) {
-        const auto length = fittingLength(*busiest, HistoryBucket::nameBytes - 1);
+        const auto length = fittingLength(*busiest, HistoryPoint::nameBytes);
         std::copy_n(busiest->data(), length, bucket.busiest.begin());
         const auto& hottest = bucket.stats.at(kHottest);
         bucket.busiestAt =
@@ -101,26 +101,69 @@ std::optional<HistoryFigure> figureOf(const HistoryBucket::Stat& stat, double sc
 
 }  // namespace
 
-HistoryRow historyRow(const HistoryBucket& bucket, std::int32_t resolution) {
-    HistoryRow row;
-    row.time = bucket.time;
-    row.resolution = resolution;
-    if (bucket.level != HistoryBucket::absentCode) row.level = levelFromRaw(bucket.level);
-    if (bucket.thermal <= static_cast<std::uint8_t>(ThermalState::critical)) {
-        row.thermal = static_cast<ThermalState>(bucket.thermal);
+HistoryPoint HistoryPoint::of(const HistoryBucket& bucket) {
+    HistoryPoint point;
+    point.time = bucket.time;
+    point.level = bucket.level;
+    point.thermal = bucket.thermal;
+    for (std::size_t i = 0; i < historySeriesCount; ++i) {
+        const auto& stat = bucket.stats.at(i);
+        if (stat.count == 0) continue;
+        point.present = static_cast<std::uint8_t>(point.present | (1U << i));
+        point.min.at(i) = stat.min;
+        point.max.at(i) = stat.max;
+        point.mean.at(i) = static_cast<std::int16_t>(
+            std::lround(static_cast<double>(stat.sum) / static_cast<double>(stat.count)));
     }
+    std::copy_n(bucket.busiest.begin(), nameBytes, point.busiest.begin());
+    return point;
+}
+
+HistoryBucket HistoryPoint::bucket() const {
+    HistoryBucket out;
+    out.time = time;
+    out.level = level;
+    out.thermal = thermal;
+    for (std::size_t i = 0; i < historySeriesCount; ++i) {
+        if ((present & (1U << i)) == 0) continue;
+        out.stats.at(i) = HistoryBucket::Stat{mean.at(i), min.at(i), max.at(i), 1, 0};
+    }
+    std::copy_n(busiest.begin(), nameBytes, out.busiest.begin());
+    return out;
+}
+
+HistoryRow historyRow(const HistoryPoint& point, std::int32_t resolution) {
+    HistoryRow row;
+    row.time = point.time;
+    row.resolution = resolution;
+    if (point.level != HistoryBucket::absentCode) row.level = levelFromRaw(point.level);
+    if (point.thermal <= static_cast<std::uint8_t>(ThermalState::critical)) {
+        row.thermal = static_cast<ThermalState>(point.thermal);
+    }
+    for (std::size_t i = 0; i < historySeriesCount; ++i) {
+        if ((point.present & (1U << i)) == 0) continue;
+        const auto scale = kScales.at(i);
+        row.figures.at(i) = HistoryFigure{point.min.at(i) / scale, point.mean.at(i) / scale,
+                                          point.max.at(i) / scale};
+    }
+    const std::string_view text(point.busiest.data(),
+                                ::strnlen(point.busiest.data(), HistoryPoint::nameBytes));
+    if (!text.empty()) row.busiest = std::string(text);
+    return row;
+}
+
+HistoryRow historyRow(const HistoryBucket& bucket, std::int32_t resolution) {
+    // The open point keeps its exact mean: the rows show it unrounded until it closes.
+    auto row = historyRow(HistoryPoint::of(bucket), resolution);
     for (std::size_t i = 0; i < historySeriesCount; ++i)
         row.figures.at(i) = figureOf(bucket.stats.at(i), kScales.at(i));
-    const std::string_view text(bucket.busiest.data(),
-                                ::strnlen(bucket.busiest.data(), HistoryBucket::nameBytes - 1));
-    if (!text.empty()) row.busiest = std::string(text);
     return row;
 }
 
 HistoryTier::HistoryTier(std::int32_t width, std::size_t capacity)
     : width_(width), ring_(capacity), numbers_(capacity, 0) {}
 
-const HistoryBucket* HistoryTier::point(std::uint64_t number) const {
+const HistoryPoint* HistoryTier::point(std::uint64_t number) const {
     if (number == 0) return nullptr;
     const auto slot = static_cast<std::size_t>((number - 1) % ring_.size());
     return numbers_[slot] == number ? &ring_[slot] : nullptr;
@@ -140,7 +183,7 @@ void HistoryTier::add(const HistoryBucket& sample) {
 void HistoryTier::close() {
     ++pushed_;
     const auto slot = static_cast<std::size_t>((pushed_ - 1) % ring_.size());
-    ring_[slot] = *open_;
+    ring_[slot] = HistoryPoint::of(*open_);
     numbers_[slot] = pushed_;
     open_.reset();
 }
@@ -148,7 +191,7 @@ void HistoryTier::close() {
 void HistoryTier::restore(std::uint64_t number, const HistoryBucket& bucket) {
     if (number == 0) return;
     const auto slot = static_cast<std::size_t>((number - 1) % ring_.size());
-    ring_[slot] = bucket;
+    ring_[slot] = HistoryPoint::of(bucket);
     numbers_[slot] = number;
     pushed_ = std::max(pushed_, number);
 }
@@ -173,20 +216,20 @@ std::vector<HistoryRow> HistoryStore::rowsSince(std::int64_t since) const {
     // coarser point is used only for the times no finer one covers.
     auto floor = std::numeric_limits<std::int64_t>::max();
     bool done = false;
-    auto consider = [&](const HistoryBucket& bucket, std::int32_t width) {
-        if (bucket.time >= floor) return;
-        if (bucket.time < since) {
+    auto consider = [&](const auto& point, std::int32_t width) {
+        if (point.time >= floor) return;
+        if (point.time < since) {
             done = true;
             return;
         }
-        newestFirst.push_back(historyRow(bucket, width));
-        floor = bucket.time;
+        newestFirst.push_back(historyRow(point, width));
+        floor = point.time;
     };
     for (const auto& tier : tiers_) {
         if (tier.open()) consider(*tier.open(), tier.width());
         const auto oldest = tier.pushed() > tier.capacity() ? tier.pushed() - tier.capacity() : 0;
         for (auto number = tier.pushed(); number > oldest && !done; --number) {
-            if (const auto* bucket = tier.point(number)) consider(*bucket, tier.width());
+            if (const auto* point = tier.point(number)) consider(*point, tier.width());
         }
         if (done) break;
     }

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "app/app_harness.hpp"
 
@@ -10,16 +8,6 @@ namespace velmora::testing {
 namespace {
 
 constexpr std::string_view kHistoryCall = "window.heatHistory && window.heatHistory.render(";
-
-/// Runs the loop until the history file was read on its worker and taken over.
-void awaitHistory(AppHarness& h) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!h.app->history()->loaded() && std::chrono::steady_clock::now() < deadline) {
-        h.loop.runDue();
-        std::this_thread::yield();
-    }
-    ASSERT_TRUE(h.app->history()->loaded());
-}
 
 std::vector<std::string> historyCalls(const AppHarness& h) {
     std::vector<std::string> found;
@@ -44,7 +32,7 @@ TEST(PageHistory, ARangeAskedWithTheTokenIsAnsweredWithThePointsKept) {
     AppHarness h;
     h.readings->cpuBusy = 42.0;
     h.launch();
-    awaitHistory(h);
+    h.awaitHistory();
     h.loop.advance(Seconds(6));
     h.send("heat", historyRequest(h, "2h"));
     const auto calls = historyCalls(h);
@@ -59,7 +47,7 @@ TEST(PageHistory, ARangeAskedWithTheTokenIsAnsweredWithThePointsKept) {
 TEST(PageHistory, ARequestWithoutTheTokenIsRejectedAndAnswersNothing) {
     AppHarness h;
     h.launch();
-    awaitHistory(h);
+    h.awaitHistory();
     auto body = historyRequest(h, "15m");
     body["token"] = "forged";
     h.send("heat", body);
@@ -70,7 +58,7 @@ TEST(PageHistory, ARequestWithoutTheTokenIsRejectedAndAnswersNothing) {
 TEST(PageHistory, AnUnknownRangeIsLoggedAndAnswersNothing) {
     AppHarness h;
     h.launch();
-    awaitHistory(h);
+    h.awaitHistory();
     h.send("heat", historyRequest(h, "1y"));
     h.send("heat", h.withToken("history"));
     EXPECT_TRUE(historyCalls(h).empty());
@@ -82,7 +70,7 @@ TEST(PageHistory, ThePopupIsGivenTheLastFifteenMinutesBeforeTheReadings) {
     AppHarness h;
     h.readings->cpuBusy = 10.0;
     h.launch();
-    awaitHistory(h);
+    h.awaitHistory();
     h.loop.advance(Seconds(30));
     h.app->toggleMenuPopover();
     const auto scripts = h.shell.scripts(WebView::menu);

@@ -129,6 +129,7 @@ void expectPopoverPush(const AppHarness& h) {
 TEST(MenuBar, OpeningThePopoverPushesTheCurrentLiveDataAtOnce) {
     AppHarness h;
     h.launch();
+    h.awaitHistory();
     h.shell.clearRecords();
     h.app->toggleMenuPopover();
     EXPECT_TRUE(h.shell.popoverOpen);
@@ -151,6 +152,7 @@ TEST(MenuBar, AClosedPopoverReceivesNothingAnOpenOneEverySample) {
 TEST(MenuBar, PopoverPageFinishingItsLoadGetsTheLiveData) {
     AppHarness h;
     h.launch();
+    h.awaitHistory();
     h.shell.clearRecords();
     h.app->pageFinished(WebView::menu);
     expectPopoverPush(h);

@@ -101,7 +101,7 @@ TEST_F(HistoryRecorderTest, TakesOverTheFileAndTheSamplesThatCameWhileItWasRead)
     EXPECT_FALSE(recorder->loaded());
     work.run();
     ASSERT_TRUE(recorder->loaded());
-    const auto rows = recorder->store().rows();
+    const auto rows = recorder->store()->rows();
     ASSERT_EQ(rows.size(), 31U);
     EXPECT_EQ(rows.back().time, kHistoryStart + 100);
 }
@@ -147,7 +147,7 @@ TEST_F(HistoryRecorderTest, ACountdownStartWritesAtOnceButARehearsalDoesNot) {
     recorder->ticked(view(4, "countdown"));
     recorder->settle();
     EXPECT_EQ(rowsOnDisk(), 2U);
-    EXPECT_EQ(recorder->store().rows().back().level, Level::blowout);
+    EXPECT_EQ(recorder->store()->rows().back().level, Level::blowout);
 }
 
 TEST_F(HistoryRecorderTest, TheLastPointsAreWrittenWhenItStops) {

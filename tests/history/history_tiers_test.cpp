@@ -142,10 +142,12 @@ TEST(HistoryTiers, TheBusiestProcessKeptIsTheOneAtTheHottestMoment) {
 
 TEST(HistoryTiers, ALongNameIsCutAtACharacterBoundary) {
     HistoryStore store;
-    const std::string name = "abcdefghijklmnopqrstuv\xC3\xA9xyz";  // é spans bytes 22 and 23
+    const std::string name = "abcdefghijklmnopqr\xC3\xA9xyz";  // é spans bytes 18 and 19
     store.add(sampleAt(kStart, 85.0), std::string_view(name));
-    const auto rows = store.rows();
-    EXPECT_EQ(rows.back().busiest, "abcdefghijklmnopqrstuv");
+    store.add(sampleAt(kStart + 1, 85.0), std::nullopt);
+    EXPECT_EQ(store.rows().front().busiest, "abcdefghijklmnopqr") << "the closed point";
+    store.add(sampleAt(kStart + 2, 85.0), std::string_view("abcdefghijklmnopqrs"));
+    EXPECT_EQ(store.rows().back().busiest, "abcdefghijklmnopqrs") << "19 bytes fit whole";
 }
 
 TEST(HistoryTiers, AClockStepBackDropsTheOverlappedPointsAndKeepsIncreasingTime) {

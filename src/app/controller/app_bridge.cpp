@@ -64,13 +64,13 @@ void AppController::pushLive() {
 
 void AppController::pushMenu() {
     if (!ui_.heatItem) return;
-    if (!history_) {
+    if (!history_ || !history_->store()) {
         shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
         return;
     }
     // The popup's sparkline shows the last 15 minutes, from the history, before the readings.
     const auto now = static_cast<std::int64_t>(std::floor(loop_.wallNow().secondsSinceEpoch));
-    shell_.evaluate(WebView::menu, recentCpuCall(recentCpu(history_->store(), now)) + ";" +
+    shell_.evaluate(WebView::menu, recentCpuCall(recentCpu(*history_->store(), now)) + ";" +
                                        liveCall(ui_.liveJSON));
 }
 

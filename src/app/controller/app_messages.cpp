@@ -145,9 +145,10 @@ void AppController::sendHistory(const nlohmann::json& body) {
         log("ui: unknown history range '" + range.value_or("") + "'");
         return;
     }
-    if (!history_) return;
+    // Until the file is read there is nothing to draw; the page asks again with a later push.
+    if (!history_ || !history_->store()) return;
     const auto now = static_cast<std::int64_t>(std::floor(loop_.wallNow().secondsSinceEpoch));
-    shell_.evaluate(WebView::main, historyCall(historyView(history_->store(), *range, now)));
+    shell_.evaluate(WebView::main, historyCall(historyView(*history_->store(), *range, now)));
 }
 
 void AppController::runHeat(const std::string& action) {

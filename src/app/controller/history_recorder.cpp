@@ -105,7 +105,6 @@ void HistoryRecorder::sampled(const LiveInputs& inputs, Timestamp now) {
 }
 
 void HistoryRecorder::record(const HistorySample& sample, std::optional<std::string_view> busiest) {
-    store_->add(sample, busiest);
     if (!loaded_) {
         if (early_.size() < kEarlyLimit) {
             early_.emplace_back(sample,
@@ -113,6 +112,7 @@ void HistoryRecorder::record(const HistorySample& sample, std::optional<std::str
         }
         return;
     }
+    store_->add(sample, busiest);
     // A clock set back writes at once too, rather than waiting for the old time to come round.
     if (!lastWrite_ || sample.time < *lastWrite_ ||
         sample.time - *lastWrite_ >= writeEvery.count()) {

@@ -95,6 +95,27 @@ static_assert(sizeof(HistoryBucket) == 120);
 static_assert(std::has_unique_object_representations_v<HistoryBucket>);
 static_assert(std::is_trivially_copyable_v<HistoryBucket>);
 
+/// A closed point as the rings keep it in memory: each series' lowest, average and highest
+/// reading, 72 bytes. Bit i of `present` says series i was read at all.
+struct HistoryPoint {
+    static constexpr std::size_t nameBytes = 19;
+
+    std::int64_t time = 0;
+    std::array<std::int16_t, historySeriesCount> min{};
+    std::array<std::int16_t, historySeriesCount> mean{};
+    std::array<std::int16_t, historySeriesCount> max{};
+    std::uint8_t level = HistoryBucket::absentCode;
+    std::uint8_t thermal = HistoryBucket::absentCode;
+    std::uint8_t present = 0;
+    /// NUL-padded when shorter than the field.
+    std::array<char, nameBytes> busiest{};
+
+    static HistoryPoint of(const HistoryBucket& bucket);
+    /// The bucket that reads back as this point (each series one sample of its mean).
+    HistoryBucket bucket() const;
+};
+static_assert(sizeof(HistoryPoint) == 72);
+
 /// One resolution of history: a ring of closed points allocated once, and the open point that
 /// the current samples go into. Points are kept in the order they were closed; `pushed` counts
 /// every point ever closed, so a point's number (from 1) tells its place in the ring.
@@ -107,7 +128,7 @@ class HistoryTier {
     std::uint64_t pushed() const { return pushed_; }
     const std::optional<HistoryBucket>& open() const { return open_; }
     /// The closed point numbered `number`, when the ring still holds it.
-    const HistoryBucket* point(std::uint64_t number) const;
+    const HistoryPoint* point(std::uint64_t number) const;
 
     /// Adds one encoded sample; a sample of another interval closes the open point first.
     void add(const HistoryBucket& sample);
@@ -120,7 +141,7 @@ class HistoryTier {
     void close();
 
     std::int32_t width_;
-    std::vector<HistoryBucket> ring_;
+    std::vector<HistoryPoint> ring_;
     /// The number of the point in each slot; 0 for a slot never filled (or lost on disk).
     std::vector<std::uint64_t> numbers_;
     std::uint64_t pushed_ = 0;
@@ -144,7 +165,7 @@ class HistoryStore {
     HistoryStore();
 
     /// Adds one sample to every tier. `busiest` names the busiest process when the level is
-    /// above NORMAL; names are cut to 23 bytes at a character boundary.
+    /// above NORMAL; names are cut to 19 bytes at a character boundary.
     void add(const HistorySample& sample, std::optional<std::string_view> busiest);
 
     /// Every kept point at the finest resolution kept for its time, in increasing time order.
@@ -162,6 +183,7 @@ class HistoryStore {
 };
 
 /// The reader's view of one compact point.
+HistoryRow historyRow(const HistoryPoint& point, std::int32_t resolution);
 HistoryRow historyRow(const HistoryBucket& bucket, std::int32_t resolution);
 
 }  // namespace velmora

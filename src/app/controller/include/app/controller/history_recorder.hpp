@@ -48,7 +48,8 @@ class HistoryRecorder final : public WatchdogObserver {
     /// Adds one sample; `busiest` names the busiest process while the level is above NORMAL.
     void record(const HistorySample& sample, std::optional<std::string_view> busiest);
 
-    const HistoryStore& store() const { return *store_; }
+    /// The history; none until the file was read, so that only one ever takes memory.
+    const HistoryStore* store() const { return store_.get(); }
     /// Whether the file was read (or found unusable) and its history taken over.
     bool loaded() const { return loaded_; }
     /// Waits for the file work queued so far.
@@ -60,7 +61,7 @@ class HistoryRecorder final : public WatchdogObserver {
     void adopt(std::unique_ptr<HistoryStore> loaded, const std::vector<std::string>& notes);
     void write(bool sync);
 
-    std::unique_ptr<HistoryStore> store_ = std::make_unique<HistoryStore>();
+    std::unique_ptr<HistoryStore> store_;
     Post post_;
     LogSink log_;
     bool loaded_ = false;
