@@ -12,6 +12,7 @@ set(VELMORA_PAGE_FILES
   common/home.js
   pages/expanded.css
   pages/expanded.js
+  pages/history_graph.js
   pages/index.css
   pages/index.js
   pages/menubar.css

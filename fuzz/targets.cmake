@@ -2,6 +2,7 @@
 # corpus replay that the test suite runs (tests/fuzz/), so an entry point listed here is built by
 # both.
 set(VELMORA_FUZZ_TARGETS
+  history_file
   launch_options
   live_json
   log_escape

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 #include "app/core/file_preferences.hpp"
 #include "store/settings_store.hpp"
@@ -129,6 +131,15 @@ int AppHarness::countLines(const std::string& prefix) const {
 bool AppHarness::logged(const std::string& message) const {
     const auto lines = logLines();
     return std::find(lines.begin(), lines.end(), message) != lines.end();
+}
+
+void AppHarness::awaitHistory() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!app->history()->loaded() && std::chrono::steady_clock::now() < deadline) {
+        loop.runDue();
+        std::this_thread::yield();
+    }
+    if (!app->history()->loaded()) throw std::runtime_error("the history file was not read");
 }
 
 void AppHarness::send(const std::string& name, nlohmann::json body) {

@@ -66,6 +66,8 @@ class AppHarness {
     /// How many messages start with `prefix`.
     int countLines(const std::string& prefix) const;
     bool logged(const std::string& message) const;
+    /// Runs the loop until the history file was read on its worker and taken over.
+    void awaitHistory();
     /// A page message from the main window's bundled page.
     void send(const std::string& name, nlohmann::json body);
     /// The same body with the right token and the given action.

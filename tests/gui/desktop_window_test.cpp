@@ -303,6 +303,24 @@ TEST_F(DesktopWindow, KeyboardDrivesExpandSettingsAndCollapse) {
     });
 }
 
+TEST_F(DesktopWindow, TheExpandedPageAsksForItsHistoryAndDrawsTheAnswer) {
+    run({"--consent", "on"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        d.pressControl(GDK_KEY_e);
+        ASSERT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+        // The answer to the request the page sent at load: bands drawn, and the samples so far.
+        EXPECT_TRUE(d.waitForJs("String(document.querySelectorAll('#history-temp .band').length)",
+                                "4", 10));
+        EXPECT_TRUE(d.waitForJs("document.getElementById('history-empty').hidden ? 'rows' : 'none'",
+                                "rows", 10));
+        d.js("document.querySelector('[data-range=\"24h\"]').click(); 'sent'");
+        EXPECT_TRUE(d.waitForJs(
+            "document.getElementById('history-plot').getAttribute('data-shown')", "24h", 10));
+        d.js("document.getElementById('history').scrollIntoView(); 'shown'");
+        shootBoth(d, "expanded-history");
+    });
+}
+
 TEST_F(DesktopWindow, AppearanceDarkReachesThePageAndTheMenuCheck) {
     run({"--consent", "on"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));

@@ -10,5 +10,6 @@ import './suites/cause.mjs';
 import './suites/common.mjs';
 import './suites/looks.mjs';
 import './suites/engine.mjs';
+import './suites/history.mjs';
 
 after(closeBrowser);

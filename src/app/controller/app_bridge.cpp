@@ -1,10 +1,12 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <string_view>
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
+#include "app/controller/history_view.hpp"
 #include "app/core/bridge_scripts.hpp"
 
 namespace velmora {
@@ -73,7 +75,15 @@ void AppController::mainViewSeenAgain() {
 }
 
 void AppController::pushMenu() {
-    if (ui_.heatItem) shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
+    if (!ui_.heatItem) return;
+    if (!history_ || !history_->store()) {
+        shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
+        return;
+    }
+    // The popup's sparkline shows the last 15 minutes, from the history, before the readings.
+    const auto now = static_cast<std::int64_t>(std::floor(loop_.wallNow().secondsSinceEpoch));
+    shell_.evaluate(WebView::menu, recentCpuCall(recentCpu(*history_->store(), now)) + ";" +
+                                       liveCall(ui_.liveJSON));
 }
 
 void AppController::pageFinished(WebView view) {

@@ -124,7 +124,10 @@ class Scanner {
     }
 
     [[nodiscard]] bool nextIsValue() const {
-        return index_ + 1 < args_.size() && !args_[index_ + 1].starts_with('-');
+        // A lone "-" is a value: standard output, as for --export-history.
+        if (index_ + 1 >= args_.size()) return false;
+        const auto& next = args_[index_ + 1];
+        return next == "-" || !next.starts_with('-');
     }
 
     void refuse(std::string problem) {

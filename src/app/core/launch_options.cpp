@@ -69,6 +69,9 @@ std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>
     if (const auto path = valueOf(scanned, "--metrics-file")) {
         opts.metricsFile = resolveUserPath(*path, env);
     }
+    if (const auto target = valueOf(scanned, "--export-history")) {
+        opts.exportHistory = *target == "-" ? *target : resolveUserPath(*target, env).string();
+    }
     opts.help = switchGiven(scanned, "--help");
     opts.version = switchGiven(scanned, "--version");
     return opts;

@@ -82,6 +82,17 @@ void addForecast(PrometheusText& out, const LiveInputs& live) {
     }
 }
 
+// Only above NORMAL, where the heat cause is measured; names are label values, escaped there.
+void addBusiestProcesses(PrometheusText& out, const LiveInputs& live) {
+    out.family("velmora_busiest_process_cores", "gauge",
+               "CPU used by each of the busiest processes since the heat rose, in cores.");
+    if (!live.heatCause) return;
+    for (const ProcessShare& process : live.heatCause->processes) {
+        out.sample(process.percent / 100.0,
+                   {{"process", process.name}, {"pid", std::to_string(process.pid)}});
+    }
+}
+
 void addFansAndPower(PrometheusText& out, const LiveInputs& live) {
     out.family("velmora_fan_speed_rpm", "gauge", "Speed of each fan, in revolutions per minute.");
     for (const FanReading& fan : live.fans)
@@ -158,6 +169,7 @@ std::string fleetMetricsText(const LiveInputs& live, const WatchdogFigures& watc
     addLimits(out, limits);
     addStates(out, live, watchdog);
     addForecast(out, live);
+    addBusiestProcesses(out, live);
     addFansAndPower(out, live);
     addCpuAndMemory(out, live);
     addMemoryAndBattery(out, live);

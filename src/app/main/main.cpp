@@ -6,6 +6,7 @@
 #include "app/controller/platform_services.hpp"
 #include "app/core/command_line.hpp"
 #include "app/core/data_dir_check.hpp"
+#include "app/core/history_export.hpp"
 #include "app/core/launch_options.hpp"
 #include "app/core/process_setup.hpp"
 #include "app/core/resource_dirs.hpp"
@@ -76,6 +77,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s: %s\n", programName, warning.c_str());
     }
     if (opts->diagnose) return diagnose(*opts);
+    // Read-only and without the instance lock: it may run beside the watchdog.
+    if (!opts->exportHistory.empty()) {
+        if (const auto problem = exportHistory(opts->dataDir, opts->exportHistory)) {
+            std::fprintf(stderr, "%s: %s\n", programName, problem->c_str());
+            return 1;
+        }
+        return 0;
+    }
     if (const auto refusal = prepareDataDir(opts->dataDir)) {
         std::fprintf(stderr, "%s: %s\n", programName, refusal->c_str());
         return 1;

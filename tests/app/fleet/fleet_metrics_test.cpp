@@ -163,6 +163,21 @@ TEST(FleetMetrics, TheCriticalEtaIsWrittenOnlyWhileTheForecastHasOne) {
     EXPECT_EQ(check.count("velmora_critical_eta_seconds"), 0U);
 }
 
+TEST(FleetMetrics, TheBusiestProcessesAreWrittenWithTheirNamesAsLabels) {
+    LiveInputs live;
+    auto check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_EQ(check.count("velmora_busiest_process_cores"), 0U);
+    live.heatCause = HeatCause{
+        {ProcessShare{"cc1plus", 977, 96.0}, ProcessShare{"a \"b\"\nc", 12, 35.0}}, {}, {}, {}};
+    const auto text = fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0));
+    check = checkExposition(text);
+    EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems) << text;
+    EXPECT_EQ(check.count("velmora_busiest_process_cores"), 2U);
+    EXPECT_NE(text.find(R"(velmora_busiest_process_cores{process="cc1plus",pid="977"} 0.96)"),
+              std::string::npos)
+        << text;
+}
+
 TEST(ExpositionCheck, CatchesWhatTheCollectorWouldRefuse) {
     EXPECT_FALSE(checkExposition("velmora_x 1\n").problems.empty());  // no TYPE
     EXPECT_FALSE(checkExposition("# TYPE a gauge\na{l=\"x\\q\"} 1\n").problems.empty());

@@ -11,6 +11,7 @@
 #include "actuators/dry_run_shutdowner.hpp"
 #include "actuators/shutdowner.hpp"
 #include "actuators/sounder.hpp"
+#include "app/controller/history_recorder.hpp"
 #include "app/core/appearance.hpp"
 #include "app/core/launch_options.hpp"
 #include "app/core/main_loop.hpp"
@@ -118,6 +119,8 @@ class AppController {
     AppearancePref appearance() const { return appearance_; }
     bool notifyWhenHot() const { return notifyWhenHot_; }
     const PresentationState& presentation() const { return ui_; }
+    /// The kept history; null until `start` made it.
+    const HistoryRecorder* history() const { return history_.get(); }
     /// The watchdog; null until `start` built it.
     const Engine* engine() const { return engine_.get(); }
     /// The actuators `start` chose for the options.
@@ -172,6 +175,7 @@ class AppController {
     void cancelFromOutside();
     void handleHeat(const nlohmann::json& body);
     void runHeat(const std::string& action);
+    void sendHistory(const nlohmann::json& body);
     void onUserShutdownResult(const std::optional<ShutdownError>& error);
 
     // Presentation.
@@ -226,6 +230,8 @@ class AppController {
     std::optional<TimerId> idleTimer_;
     std::optional<TimerId> liveTimer_;
     std::vector<std::shared_ptr<WatchdogObserver>> observers_;
+    /// The month of history the expanded page draws and the popup's sparkline shows.
+    std::shared_ptr<HistoryRecorder> history_;
     /// The thresholds of the latest sample, for the metrics file; with a sampler thread the
     /// collector is not the loop's to ask.
     std::vector<ThermalLimit> sampledLimits_;
