@@ -6,11 +6,13 @@ set(VELMORA_PAGE_FILES
   menubar.html
   stagec.html
   common/bridge.js
+  common/cause.js
   common/dom.js
   common/heat.css
   common/home.js
   pages/expanded.css
   pages/expanded.js
+  pages/history_graph.js
   pages/index.css
   pages/index.js
   pages/menubar.css

@@ -2,6 +2,7 @@
 # corpus replay that the test suite runs (tests/fuzz/), so an entry point listed here is built by
 # both.
 set(VELMORA_FUZZ_TARGETS
+  history_file
   launch_options
   live_json
   log_escape
@@ -22,6 +23,7 @@ if(VELMORA_PLATFORM STREQUAL "linux")
     linux_label_text
     linux_loadavg
     linux_meminfo
+    linux_pid_stat
     linux_pressure
     linux_proc_stat
     linux_rapl

@@ -122,6 +122,17 @@
     items.forEach(function (item, i) { update(container.children[i], item, i); });
   }
 
+  // The forecast's line ("Critical in about 4 min", "Levelling off at 88 °C"): its text and kind
+  // from the live object's "forecast", hidden while there is nothing to say.
+  function forecastLine(el, forecast) {
+    if (!el) return;
+    const f = forecast && typeof forecast === 'object' ? forecast : {};
+    const text = typeof f.text === 'string' ? f.text : '';
+    setText(el, text, '');
+    setAttr(el, 'data-kind', f.kind === 'critical' || f.kind === 'levelling' ? f.kind : 'none');
+    show(el, text !== '');
+  }
+
   // An aria-live region that speaks only when told something new.
   function announcer(el) {
     let last = '';
@@ -170,6 +181,7 @@
     sparkline: sparkline,
     syncList: syncList,
     announcer: announcer,
+    forecastLine: forecastLine,
     onClick: onClick,
     themeChoice: themeChoice,
   };

@@ -21,6 +21,7 @@
     const opts = options || {};
     const apply = D.bind(document.body);
     const spark = document.getElementById('spark');
+    const forecast = document.getElementById('forecast');
     const say = D.announcer(document.getElementById('announce'));
     let stage = null;
 
@@ -32,7 +33,9 @@
         const data = liveObject(live);
         apply(data);
         D.sparkline(spark, data.spark);
+        D.forecastLine(forecast, data.forecast);
         D.setAttr(spark, 'aria-label', 'CPU load over the last minute, now ' + D.textOf(D.get(data, 'cpu.value')));
+        window.HeatCauseLine.render(data);
         if (opts.onLive) opts.onLive(data);
       },
     };

@@ -90,6 +90,7 @@
     D.show(document.getElementById('spark-box'), history.length > 1);
     D.show(document.getElementById('spark-empty'), history.length < 2);
     renderLists(live);
+    if (window.heatHistory) window.heatHistory.refresh();
   }
 
   function renderLists(live) {

@@ -32,6 +32,7 @@
   let shown = null;
   let lastCue = null;
   let autoOn = false;
+  let notifyOn = true;
 
   function bool(v) { return v === true; }
   function str(v) { return typeof v === 'string' ? v : ''; }
@@ -119,6 +120,9 @@
   function renderSettings(view) {
     autoOn = bool(view.autoShutdown);
     D.setAttr($('auto-switch'), 'aria-checked', String(autoOn));
+    // Absent from older hosts' renders: the switch's default, on.
+    notifyOn = view.notifyWhenHot !== false;
+    D.setAttr($('notify-switch'), 'aria-checked', String(notifyOn));
     const perm = PERM_WORDS[view.permState] || [D.textOf(view.permState), 'none'];
     D.setText($('perm-state'), perm[0]);
     D.setStage($('perm-state'), perm[1]);
@@ -187,5 +191,6 @@
   });
   // The switch shows what the native side last rendered; the answer comes back as a render.
   $('auto-switch').addEventListener('click', function () { B.stagec('toggle', !autoOn); });
+  $('notify-switch').addEventListener('click', function () { B.stagec('notify', !notifyOn); });
   D.themeChoice(screens.settings);
 })();

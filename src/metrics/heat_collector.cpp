@@ -1,10 +1,27 @@
 #include "metrics/heat_collector.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "metrics/live_names.hpp"
 
 namespace velmora {
+
+namespace {
+
+// The temperature whose climb marks the start of the heat: the hottest one read.
+std::optional<double> hottestC(const LiveInputs& inputs) {
+    std::optional<double> hottest;
+    const auto consider = [&hottest](double celsius) {
+        hottest = hottest ? std::max(*hottest, celsius) : celsius;
+    };
+    if (inputs.cpuTemp) consider(inputs.cpuTemp->celsius);
+    if (inputs.gpuTemp) consider(inputs.gpuTemp->celsius);
+    if (!inputs.sensors.empty()) consider(inputs.sensors.front().celsius);
+    return hottest;
+}
+
+}  // namespace
 
 HeatCollector::HeatCollector(std::unique_ptr<MetricsBackend> backend, Timestamp now)
     : backend_(std::move(backend)) {
@@ -25,6 +42,8 @@ LiveInputs HeatCollector::sample(Timestamp now) {
     inputs.peakCpuTemp = peakCpuTemp_;
     inputs.cpuHistory = cpuHistory_;
     inputs.forced = forcedThermal.has_value();
+    inputs.forecast = forecast_.sample(backend_->limitReadings(), monoClock());
+    if (cause_) inputs.heatCause = cause_->observe(level, hottestC(inputs), MonoTime::now());
 
     last_ = inputs;
     lastAt_ = now;
@@ -55,6 +74,18 @@ std::optional<ThermalState> HeatCollector::currentThermal(Timestamp now) const {
     if (!last_ || !lastAt_) return std::nullopt;
     if (now - *lastAt_ < staleAfter) return last_->thermal;
     return std::nullopt;
+}
+
+std::vector<std::string> HeatCollector::takeNotices() {
+    auto notices = backend_->takeNotices();
+    for (std::string& line : forecast_.takeNotices())
+        notices.push_back(std::move(line));
+    return notices;
+}
+
+void HeatCollector::assumeThermal(ThermalState previous) {
+    backend_->assumeThermal(previous);
+    if (cause_) cause_->assumeLevel(liveLevel(previous));
 }
 
 std::string HeatCollector::sensorSummary() {

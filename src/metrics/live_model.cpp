@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "metrics/live_cause.hpp"
+#include "metrics/live_forecast.hpp"
 #include "metrics/live_gauges.hpp"
 #include "metrics/live_lists.hpp"
 #include "metrics/live_names.hpp"
@@ -131,6 +133,9 @@ nlohmann::json dictionary(const LiveInputs& in, Platform platform) {
         {"sources", sourcesEntry(in, platform)},
     };
     d.update(peakEntries(in));
+    if (in.forecast) d["forecast"] = forecastEntry(*in.forecast);
+    // Nothing is said of the cause while the machine is calm.
+    if (in.heatCause && level != Level::ok) d["heatCause"] = heatCauseEntry(*in.heatCause);
     return d;
 }
 

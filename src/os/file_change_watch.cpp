@@ -26,11 +26,13 @@ int pollMilliseconds(std::chrono::duration<double> span) {
 
 #ifdef __linux__
 // Everything that can put another settings file in place or take it away, and the loss of the
-// directory itself. Writes to other files of the directory (the log) wake the thread but are
-// told apart by name.
-constexpr std::uint32_t kDirectoryEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM |
-                                           IN_CREATE | IN_DELETE | IN_ATTRIB | IN_DELETE_SELF |
-                                           IN_MOVE_SELF | IN_ONLYDIR;
+// directory itself. Closing a written file is not among them: the log is written, and closed,
+// line by line in the same directory, and each line would wake the thread for nothing.
+constexpr std::uint32_t kDirectoryEvents = IN_MOVED_TO | IN_MOVED_FROM | IN_CREATE | IN_DELETE |
+                                           IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+// A settings file rewritten in place (an editor that keeps the file) is seen on the file
+// itself; a watch never follows a link planted under its name.
+constexpr std::uint32_t kFileEvents = IN_CLOSE_WRITE | IN_ATTRIB | IN_DONT_FOLLOW;
 #endif
 
 }  // namespace
@@ -68,9 +70,18 @@ bool FileChangeWatch::addWatch() {
     if (!notify_.valid()) return false;
     watch_ = ::inotify_add_watch(notify_.get(), file_.parent_path().c_str(), kDirectoryEvents);
     watching_ = watch_ >= 0;
+    if (watching_) watchFile();
     return watching_;
 #else
     return false;
+#endif
+}
+
+// The file's own watch, (re)placed whenever a file of that name appears; absent while there is
+// no file.
+void FileChangeWatch::watchFile() {
+#ifdef __linux__
+    fileWatch_ = ::inotify_add_watch(notify_.get(), file_.c_str(), kFileEvents);
 #endif
 }
 
@@ -87,6 +98,11 @@ bool FileChangeWatch::readEvents() {
             std::memcpy(&event, buffer.data() + at, sizeof event);
             const char* name = buffer.data() + at + sizeof(inotify_event);
             at += static_cast<ssize_t>(sizeof(inotify_event) + event.len);
+            if (event.wd == fileWatch_ && event.wd != watch_) {
+                if ((event.mask & IN_IGNORED) != 0) fileWatch_ = -1;
+                relevant = relevant || (event.mask & (IN_CLOSE_WRITE | IN_ATTRIB)) != 0;
+                continue;
+            }
             if (event.wd != watch_) continue;
             if ((event.mask & (IN_IGNORED | IN_DELETE_SELF | IN_MOVE_SELF)) != 0) {
                 if ((event.mask & IN_IGNORED) != 0) {
@@ -96,6 +112,7 @@ bool FileChangeWatch::readEvents() {
                 relevant = true;
             } else if (event.len > 0 && file_.filename() == name) {
                 relevant = true;
+                if ((event.mask & (IN_CREATE | IN_MOVED_TO)) != 0) watchFile();
             }
         }
     }
@@ -121,6 +138,7 @@ void FileChangeWatch::run() {
         if (ready < 0 && errno == EINTR) continue;
         if (ready < 0) std::this_thread::sleep_for(left);
         if ((fds[0].revents & POLLIN) != 0) return;
+        ++wakeups_;
         if (ready <= 0) {
             lastLook = Clock::now();
             // The fallback; also the moment to watch a directory that has come back.

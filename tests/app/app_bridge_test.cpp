@@ -334,6 +334,32 @@ TEST(PageBridge, AnExpandedPageThatFinishedLoadingGetsTheLatestSampleAtOnce) {
     EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 1);
 }
 
+TEST(PageBridge, APageNobodyCanSeeIsNotPushedToAndCatchesUpWhenSeenAgain) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.app->pageFinished(WebView::main);
+    h.shell.seen = false;
+    h.shell.clearRecords();
+    h.loop.advance(3s);
+    EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 0);
+    h.shell.seen = true;
+    h.app->mainViewSeenAgain();
+    EXPECT_EQ(countLiveCalls(h.shell.scripts(WebView::main)), 1);
+    EXPECT_EQ(h.shell.scripts(WebView::main).back(), liveCall(h.app->presentation().liveJSON));
+}
+
+TEST(PageBridge, ACountdownIsRenderedEvenWhileNobodyCanSeeTheWindow) {
+    AppHarness h;
+    h.recordConsent();
+    h.shell.seen = false;
+    h.launch({"--force-thermal", "critical", "--mute"});
+    h.loop.advance(250ms);
+    ASSERT_EQ(h.app->presentation().mode, UIMode::count);
+    EXPECT_FALSE(h.renders().empty());
+    EXPECT_NE(h.renders().back().find("'count')"), std::string::npos);
+}
+
 TEST(PageBridge, StagePagesGetNoLiveData) {
     AppHarness h;
     h.launch({"--force-thermal", "critical", "--mute"});

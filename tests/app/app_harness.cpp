@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 #include "app/core/file_preferences.hpp"
 #include "store/settings_store.hpp"
@@ -70,6 +72,9 @@ AppController& AppHarness::build(std::vector<std::string> args, const PlatformEn
     services.realShutdowner = [this](LogSink, Post) { return realShutdowner; };
     services.systemSounder = [this] { return systemSounder; };
     services.connectLog = [this](LogSink log) { earlyPartsLog = std::move(log); };
+    services.connectCountdownCancel = [this](std::function<void()> cancel) {
+        countdownCancel = std::move(cancel);
+    };
     services.token = "0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9";
     services.logMirror = logMirror;
     app = std::make_unique<AppController>(std::move(*opts), shell, loop, std::move(services));
@@ -111,6 +116,15 @@ int AppHarness::countLines(const std::string& prefix) const {
 bool AppHarness::logged(const std::string& message) const {
     const auto lines = logLines();
     return std::find(lines.begin(), lines.end(), message) != lines.end();
+}
+
+void AppHarness::awaitHistory() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!app->history()->loaded() && std::chrono::steady_clock::now() < deadline) {
+        loop.runDue();
+        std::this_thread::yield();
+    }
+    if (!app->history()->loaded()) throw std::runtime_error("the history file was not read");
 }
 
 void AppHarness::send(const std::string& name, nlohmann::json body) {

@@ -54,6 +54,8 @@ class AppHarness {
     /// How many messages start with `prefix`.
     int countLines(const std::string& prefix) const;
     bool logged(const std::string& message) const;
+    /// Runs the loop until the history file was read on its worker and taken over.
+    void awaitHistory();
     /// A page message from the main window's bundled page.
     void send(const std::string& name, nlohmann::json body);
     /// The same body with the right token and the given action.
@@ -74,6 +76,8 @@ class AppHarness {
     std::unique_ptr<AppController> app;
     /// The log handed to parts made before the controller (the sound player).
     LogSink earlyPartsLog;
+    /// The countdown's cancel handed to parts made before the engine (the notifications).
+    std::function<void()> countdownCancel;
 };
 
 }  // namespace velmora::testing

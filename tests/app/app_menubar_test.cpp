@@ -4,6 +4,7 @@
 
 #include "app/app_harness.hpp"
 #include "app/core/bridge_scripts.hpp"
+#include "app/core/notify_preference.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -117,14 +118,23 @@ TEST(MenuBar, SummaryLineNamesEveryField) {
               "lowPower=false FORCED(true)");
 }
 
+/// One push: the last 15 minutes for the sparkline, then the live readings.
+void expectPopoverPush(const AppHarness& h) {
+    const auto scripts = h.shell.scripts(WebView::menu);
+    ASSERT_EQ(scripts.size(), 1U);
+    const auto live = ";" + liveCall(h.app->presentation().liveJSON);
+    EXPECT_TRUE(scripts.front().starts_with("window.heatLive && window.heatLive.recent && "));
+    EXPECT_TRUE(scripts.front().ends_with(live)) << scripts.front();
+}
+
 TEST(MenuBar, OpeningThePopoverPushesTheCurrentLiveDataAtOnce) {
     AppHarness h;
     h.launch();
+    h.awaitHistory();
     h.shell.clearRecords();
     h.app->toggleMenuPopover();
     EXPECT_TRUE(h.shell.popoverOpen);
-    EXPECT_EQ(h.shell.scripts(WebView::menu),
-              std::vector<std::string>{liveCall(h.app->presentation().liveJSON)});
+    expectPopoverPush(h);
     h.app->toggleMenuPopover();
     EXPECT_FALSE(h.shell.popoverOpen);
 }
@@ -143,10 +153,10 @@ TEST(MenuBar, AClosedPopoverReceivesNothingAnOpenOneEverySample) {
 TEST(MenuBar, PopoverPageFinishingItsLoadGetsTheLiveData) {
     AppHarness h;
     h.launch();
+    h.awaitHistory();
     h.shell.clearRecords();
     h.app->pageFinished(WebView::menu);
-    EXPECT_EQ(h.shell.scripts(WebView::menu),
-              std::vector<std::string>{liveCall(h.app->presentation().liveJSON)});
+    expectPopoverPush(h);
 }
 
 TEST(MenuBar, LiveJsonIsTheLiveModelsText) {
@@ -196,6 +206,58 @@ TEST(MenuBar, QuitItemEndsTheApplication) {
     h.launch();
     h.app->menuAction(MenuAction::quit);
     EXPECT_TRUE(h.shell.terminated);
+}
+
+TEST(MenuBar, NotifyWhenHotIsOnByDefaultAndTheMenuSwitchesAndKeepsIt) {
+    AppHarness h;
+    auto& app = h.launch();
+    EXPECT_TRUE(app.notifyWhenHot());
+    EXPECT_TRUE(h.shell.checked[MenuAction::notifyWhenHot]);
+    h.app->menuAction(MenuAction::notifyWhenHot);
+    EXPECT_FALSE(app.notifyWhenHot());
+    EXPECT_FALSE(h.shell.checked[MenuAction::notifyWhenHot]);
+    EXPECT_EQ(h.preferences->text(notifyWhenHotKey), "off");
+    EXPECT_TRUE(h.logged("ui: notify me when it gets hot off"));
+    h.app->menuAction(MenuAction::notifyWhenHot);
+    EXPECT_EQ(h.preferences->text(notifyWhenHotKey), "on");
+}
+
+TEST(MenuBar, AStoredNotifyWhenHotOffIsCheckedOffAtLaunch) {
+    AppHarness h;
+    h.preferences->setText(notifyWhenHotKey, "off");
+    auto& app = h.launch();
+    EXPECT_FALSE(app.notifyWhenHot());
+    EXPECT_FALSE(h.shell.checked[MenuAction::notifyWhenHot]);
+}
+
+TEST(MenuBar, TheSettingsPageSwitchesNotifyWhenHotAndItsRenderCarriesIt) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch();
+    h.send("stagec", h.withToken("settings"));
+    h.loop.advance(1s);
+    ASSERT_FALSE(h.renders().empty());
+    EXPECT_NE(h.renders().back().find("\"notifyWhenHot\":true"), std::string::npos);
+    auto body = h.withToken("notify");
+    body["on"] = false;
+    h.send("stagec", body);
+    h.loop.advance(1s);
+    EXPECT_EQ(h.preferences->text(notifyWhenHotKey), "off");
+    EXPECT_FALSE(h.shell.checked[MenuAction::notifyWhenHot]);
+    EXPECT_NE(h.renders().back().find("\"notifyWhenHot\":false"), std::string::npos);
+}
+
+TEST(MenuBar, TheTemperatureAsTextChoiceIsKeptAndToldToTheShell) {
+    AppHarness h;
+    h.launch();
+    EXPECT_FALSE(h.shell.checked[MenuAction::figureAsText]);
+    h.app->menuAction(MenuAction::figureAsText);
+    EXPECT_TRUE(h.shell.checked[MenuAction::figureAsText]);
+    EXPECT_EQ(h.preferences->text(figureAsTextKey), "on");
+    AppHarness again;
+    again.preferences->setText(figureAsTextKey, "on");
+    again.launch();
+    EXPECT_TRUE(again.shell.checked[MenuAction::figureAsText]);
 }
 
 }  // namespace

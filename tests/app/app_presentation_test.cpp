@@ -129,6 +129,20 @@ TEST(StagePresentation, LeavingTheCountdownRestoresTheTestModeTitleUnderADryRun)
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
 }
 
+TEST(StagePresentation, TheNotificationsCancelIsThePagesCancel) {
+    AppHarness h;
+    h.recordConsent();
+    h.launch({"--force-thermal", "critical", "--mute", "--dry-run-shutdown"});
+    ASSERT_TRUE(h.countdownCancel);
+    h.loop.advance(1s);
+    EXPECT_EQ(h.shell.title, "EMERGENCY · 9s");
+    h.countdownCancel();
+    EXPECT_TRUE(h.logged("ui: countdown cancel asked from the desktop notification"));
+    EXPECT_TRUE(h.logged("stage-c: user pressed Keep working · Cancel during the countdown"));
+    EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
+    EXPECT_EQ(h.app->engine()->snapshot().real.state, CountdownState::grace);
+}
+
 TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSeconds) {
     AppHarness h;
     h.recordConsent();

@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "app/app_harness.hpp"
+#include "app/controller/start_report.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -122,6 +123,24 @@ TEST(AppStartup, ConsentSwitchRecordsTheAnswerThroughTheEngine) {
     EXPECT_TRUE(app.engine()->settingsInForce().enabled());
     EXPECT_TRUE(h.logged("stage-c: consent recorded: autoShutdown=true"));
     EXPECT_EQ(app.presentation().mode, UIMode::home);
+}
+
+TEST(AppStartup, TheStartReportNamesAConsentAnswerThatWasNotSaved) {
+    AppHarness h;
+    // A folder where the settings file belongs: the answer holds, but cannot be saved.
+    std::filesystem::create_directories(h.dir / "settings.json" / "in-the-way");
+    auto& app = h.launch({"--consent", "on"});
+    EXPECT_TRUE(app.engine()->settingsInForce().enabled());
+    EXPECT_FALSE(app.startConsentSaved());
+    EXPECT_EQ(startProblems(app), std::vector<std::string>{"could not save the consent answer in " +
+                                                           (h.dir / "settings.json").string() +
+                                                           "; it holds until this run ends"});
+}
+
+TEST(AppStartup, TheStartReportIsEmptyWhenTheAnswerWasSaved) {
+    AppHarness h;
+    auto& app = h.launch({"--consent", "on"});
+    EXPECT_TRUE(startProblems(app).empty());
 }
 
 TEST(AppStartup, ConsentOffIsRecordedWithoutAutoShutdown) {

@@ -37,6 +37,7 @@ class FakeShell final : public Shell {
     void setWindowFrame(const Rect& next, bool animate) override;
     void showMainWindow(Size contentSize) override;
     bool windowVisible() const override { return visible; }
+    bool mainViewSeen() const override { return seen; }
 
     std::optional<std::filesystem::path> pageFile(std::string_view name) const override;
     void loadPage(WebView view, const std::filesystem::path& file,
@@ -80,6 +81,8 @@ class FakeShell final : public Shell {
     std::string title;
     bool windowCreated = false;
     bool visible = false;
+    /// Whether the page can be seen (not minimised, hidden or covered).
+    bool seen = true;
     int titleChanges = 0;
     std::vector<FrameChange> frameChanges;
     std::vector<Load> loads;

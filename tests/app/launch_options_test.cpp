@@ -1,4 +1,5 @@
 #include "app/core/launch_options.hpp"
+#include "app/core/command_line.hpp"
 
 #include <gtest/gtest.h>
 
@@ -134,6 +135,28 @@ TEST(LaunchOptions, RefusedValuesLeaveTheDefaults) {
 TEST(LaunchOptions, ArgumentListKeepsEveryArgument) {
     const char* argv[] = {"prog", "--mute", ""};
     EXPECT_EQ(argumentList(3, argv), (std::vector<std::string>{"prog", "--mute", ""}));
+}
+
+}  // namespace
+}  // namespace velmora
+
+namespace velmora {
+namespace {
+
+TEST(LaunchOptions, ExportHistoryTakesADashForStandardOutputOrAPath) {
+    PlatformEnvironment env;
+    env.home = "/home/u";
+    env.workingDir = "/work";
+    const auto toStdout = LaunchOptions::parse({"prog", "--export-history", "-"}, env);
+    ASSERT_TRUE(toStdout);
+    EXPECT_EQ(toStdout->exportHistory, "-");
+    EXPECT_FALSE(commandLineProblem({"prog", "--export-history", "-"}));
+    const auto toFile = LaunchOptions::parse({"prog", "--export-history", "heat.csv"}, env);
+    ASSERT_TRUE(toFile);
+    EXPECT_EQ(toFile->exportHistory, "/work/heat.csv");
+    EXPECT_TRUE(commandLineProblem({"prog", "--export-history"}));
+    EXPECT_TRUE(commandLineProblem({"prog", "--export-history", "--headless"}));
+    EXPECT_TRUE(LaunchOptions::parse({"prog"}, env)->exportHistory.empty());
 }
 
 }  // namespace

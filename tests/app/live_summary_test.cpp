@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
+#include "metrics/heat_cause.hpp"
+#include "policy/forecast.hpp"
+
 namespace velmora {
 namespace {
 
@@ -43,6 +48,33 @@ TEST(LiveSummary, HeatItemTitleAndColour) {
     EXPECT_EQ(heatItemColor(inputs), HeatColor::red);
     inputs.thermal = ThermalState::nominal;
     EXPECT_EQ(heatItemColor(inputs), HeatColor::label);
+}
+
+TEST(LiveSummary, TheTooltipTellsTheForecastWhenThereIsOne) {
+    LiveInputs in;
+    in.thermal = ThermalState::serious;
+    in.cpuTemp = TempReading{91.0, "hwmon coretemp Package id 0"};
+    EXPECT_EQ(heatItemDetails(in).tooltipText.find("critical"), std::string::npos);
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds{240};
+    in.forecast = forecast;
+    const auto tip = heatItemDetails(in).tooltipText;
+    EXPECT_NE(tip.find("91 °C"), std::string::npos) << tip;
+    EXPECT_NE(tip.find("critical in about 4 min"), std::string::npos) << tip;
+}
+
+TEST(LiveSummary, TheTooltipNamesTheBusiestProcessFromWarmUp) {
+    LiveInputs in;
+    in.thermal = ThermalState::serious;
+    in.cpuTemp = TempReading{91.0, "hwmon coretemp Package id 0"};
+    in.heatCause = HeatCause{{ProcessShare{"cc1plus", 977, 96.0}, ProcessShare{"yes", 4242, 35.0}},
+                             {},
+                             {},
+                             std::nullopt};
+    const auto tip = heatItemDetails(in).tooltipText;
+    EXPECT_NE(tip.find("cc1plus 96 %"), std::string::npos) << tip;
+    EXPECT_EQ(tip.find("yes"), std::string::npos) << tip;
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ while read -r name; do
   args=("$name")
   case "$value_name" in
     "") ;;
-    PATH) args+=("/tmp") ;;
+    PATH|FILE) args+=("/tmp") ;;
     *) args+=("$(bash -c "source '$COMPLETION'; COMP_WORDS=(velmora-heat-monitor $name ''); COMP_CWORD=2; _velmora_heat_monitor; echo \${COMPREPLY[0]}")") ;;
   esac
   "$EXE" "${args[@]}" --help >/dev/null 2>&1 || fail "the program refuses '${args[*]}'"

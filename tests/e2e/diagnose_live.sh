@@ -7,4 +7,8 @@ HOME="$WORK" "$EXE" --diagnose --data-dir "$DATA" >"$OUT" 2>&1 || fail "--diagno
 grep -Eq '^CPU busy +[0-9]+% +REAL live' "$OUT" || fail "no live CPU busy figure"
 grep -Eq '^Per-core CPU +[0-9]+ cores +REAL live' "$OUT" || fail "no live per-core figures"
 grep -q '"coreLoads":\[' "$OUT" || fail "no per-core loads in the snapshot"
+grep -Eq '^Busiest processes between the two samples \([0-9.]+ s\):$' "$OUT" ||
+  fail "no list of the busiest processes"
+grep -Eq '^  (.+ \(pid [0-9]+\) [0-9]+% of a core|none measured)$' "$OUT" ||
+  fail "the busiest processes are not listed"
 pass

@@ -43,7 +43,8 @@ grep -q "^velmora_shutdown_calls_total" "$PROM" && grep -q "^velmora_shutdown_ca
 
 wait_for_line "shutdown: DRY-RUN: would run" 10
 wait_for_metric "velmora_shutdown_calls_total 1" 3
-[[ ! -e "$PROM.tmp" ]] || fail "a temporary metrics file was left behind"
+[[ -z "$(find "$WORK" -maxdepth 1 -name '.velmora.prom.tmp-*')" ]] ||
+  fail "a temporary metrics file was left behind"
 
 grep -q "^READY=1|STATUS=" "$NOTES" || fail "no READY=1 with a status: $(cat "$NOTES")"
 grep -q "STATUS=EMERGENCY · " "$NOTES" || fail "no EMERGENCY status: $(cat "$NOTES")"

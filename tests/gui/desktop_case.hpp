@@ -60,6 +60,21 @@ class DesktopCase : public ::testing::Test {
         return runDesktop(std::move(*opts), std::move(parts), resources, hooks);
     }
 
+    /// Reads from a copy of the laptop fixture, so that a test can change its readings.
+    void useMachineCopy() {
+        std::filesystem::copy(fixture("intel_laptop"), machine,
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks);
+        setenv("VELMORA_ROOT", machine.c_str(), 1);
+    }
+
+    /// Rewrites the package sensor of the copy in place, as the kernel would: same file, new
+    /// value. The CPU temperature comes from it.
+    void setCpuTemperature(int celsius) const {
+        std::ofstream(machine / "sys/class/hwmon/hwmon3/temp1_input", std::ios::trunc)
+            << celsius * 1000 << "\n";
+    }
+
     std::string dataFile(const std::string& name) const {
         std::ifstream in(data / name);
         return std::string(std::istreambuf_iterator<char>(in), {});
@@ -68,6 +83,7 @@ class DesktopCase : public ::testing::Test {
     TempDir tmp{"gui"};
     std::filesystem::path dir = tmp.path();
     std::filesystem::path data;
+    std::filesystem::path machine = dir / "machine";
     /// The pages and sounds the run uses: the build's own unless a test changes them.
     std::filesystem::path resources{VELMORA_TEST_RESOURCES};
 };

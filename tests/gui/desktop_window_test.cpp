@@ -1,6 +1,11 @@
 #include <gdk/gdkkeysyms.h>
 
+#include <algorithm>
+
+#include <nlohmann/json.hpp>
+
 #include "gui/desktop_case.hpp"
+#include "gui/shown_figures.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -8,6 +13,11 @@ namespace {
 const std::string modeScript = "document.documentElement.getAttribute('data-mode')";
 const std::string themeScript = "document.documentElement.getAttribute('data-theme')";
 const std::string pageScript = "location.pathname.split('/').pop()";
+const std::string cpuTempScript = "document.getElementById('cpu-temp').textContent";
+// The text of the stage page's screen that is showing.
+const std::string screenTextScript =
+    "Array.from(document.querySelectorAll('[data-screen]')).filter((e) => !e.hidden)"
+    ".map((e) => e.innerText).join('\\n')";
 
 using DesktopWindow = DesktopCase;
 
@@ -20,6 +30,33 @@ using DesktopWindow = DesktopCase;
     return ::testing::AssertionFailure()
            << "content " << d.contentSize().first << "x" << d.contentSize().second << ", frame "
            << frame.x << "," << frame.y << " " << frame.width << "x" << frame.height;
+}
+
+PageEvaluator mainPage(DesktopDriver& d) {
+    return [&d](const std::string& script) { return d.js(script); };
+}
+
+/// A text of the live model's current sample, by its dotted path.
+std::string liveText(DesktopDriver& d, std::string path) {
+    std::replace(path.begin(), path.end(), '.', '/');
+    const auto live = nlohmann::json::parse(d.session.app.presentation().liveJSON, nullptr, false);
+    const nlohmann::json::json_pointer pointer("/" + path);
+    if (!live.contains(pointer) || !live.at(pointer).is_string()) return "n/a";
+    return live.at(pointer).get<std::string>();
+}
+
+/// Waits until the stage page's screen reads no "n/a": every figure it shows has a value.
+::testing::AssertionResult screenHasNoMissingFigure(DesktopDriver& d) {
+    std::string text;
+    if (d.waitUntil(
+            [&] {
+                text = d.js(screenTextScript).value_or("n/a");
+                return !text.empty() && text.find("n/a") == std::string::npos;
+            },
+            10)) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure() << "the screen reads:\n" << text;
 }
 
 /// Pictures of the page as it is now, light then dark, for a reviewer to look at; the
@@ -71,7 +108,62 @@ TEST_F(DesktopWindow, HomePageShowsTheFixtureMachinesLiveReadings) {
         EXPECT_TRUE(d.waitUntil(
             [&] { return d.js("document.getElementById('ram').textContent") != "n/a"; }, 10));
         EXPECT_NE(d.js("document.getElementById('level-label').textContent"), "n/a");
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
         shootBoth(d, "home");
+    });
+}
+
+TEST_F(DesktopWindow, BothHomePagesShowTheLiveModelsFiguresAndFollowThem) {
+    useMachineCopy();
+    run({"--consent", "on"}, [this](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
+        d.pressControl(GDK_KEY_e);
+        ASSERT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
+        // The expanded dashboard follows the readings as they change.
+        setCpuTemperature(70);
+        EXPECT_TRUE(d.waitForJs(cpuTempScript, "70°C", 10)) << d.js(cpuTempScript).value_or("?");
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
+        shootBoth(d, "expanded");
+    });
+}
+
+TEST_F(DesktopWindow, APageCoveredByAnotherWindowIsNotPushedToAndCatchesUpWhenUncovered) {
+    useMachineCopy();
+    run({"--consent", "on"}, [this](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        ASSERT_TRUE(d.waitForJs(cpuTempScript, "62°C", 10));
+        auto* cover = gtk_window_new(GTK_WINDOW_POPUP);
+        gtk_window_move(GTK_WINDOW(cover), 0, 0);
+        gtk_window_resize(GTK_WINDOW(cover), 4000, 4000);
+        gtk_widget_show(cover);
+        ASSERT_TRUE(d.waitUntil([&] { return !d.session.shell.mainViewSeen(); }, 5));
+        setCpuTemperature(70);
+        // The model has the new figure; the page nobody can see was not told.
+        ASSERT_TRUE(d.waitUntil([&] { return liveText(d, "cpuTemp.value") == "70°C"; }, 10));
+        EXPECT_EQ(d.js(cpuTempScript), "62°C");
+        gtk_widget_destroy(cover);
+        EXPECT_TRUE(d.waitUntil([&] { return d.session.shell.mainViewSeen(); }, 5));
+        EXPECT_TRUE(d.waitForJs(cpuTempScript, "70°C", 5)) << d.js(cpuTempScript).value_or("?");
+    });
+}
+
+TEST_F(DesktopWindow, AfterACancelledEmergencyTheExpandedPageShowsTheFigures) {
+    useMachineCopy();
+    // The package and the ACPI zone at 130 °C: the zone is past its critical trip point.
+    setCpuTemperature(130);
+    std::ofstream(machine / "sys/class/thermal/thermal_zone0/temp", std::ios::trunc) << "130000\n";
+    run({"--consent", "on"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(modeScript, "count", 15));
+        EXPECT_TRUE(d.js("document.getElementById('count-cancel').click(); 'clicked'"));
+        EXPECT_TRUE(d.waitForLog("ui: mode count -> home", 10));
+        ASSERT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+        EXPECT_TRUE(d.waitForJs("document.getElementById('banner-title').textContent",
+                                "Emergency heat", 10));
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
+        EXPECT_EQ(d.js(cpuTempScript), "130°C");
+        shootBoth(d, "expanded-after-cancel");
     });
 }
 
@@ -81,6 +173,10 @@ TEST_F(DesktopWindow, CriticalStateWithConsentCountsDownAndCallsTheDryRunShutdow
         EXPECT_TRUE(d.waitUntil(
             [&] { return d.session.shell.windowTitle().starts_with("EMERGENCY · "); }, 5));
         EXPECT_TRUE(hasContentSize(d, 380, 500));
+        EXPECT_TRUE(d.waitForJs("document.getElementById('count-temp').textContent",
+                                liveText(d, "thermal.value"), 5))
+            << liveText(d, "thermal.value");
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "count");
         EXPECT_TRUE(d.waitForLog("shutdown: DRY-RUN: would run", 20));
         EXPECT_EQ(d.countLog("ui: mode home -> count"), 1);
@@ -91,6 +187,7 @@ TEST_F(DesktopWindow, ARefusedPermissionShowsItsNotice) {
     run({"--consent", "on", "--simulate-denied"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(modeScript, "perm", 15));
         EXPECT_TRUE(d.waitForLog("ui: mode home -> perm", 5));
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "perm");
     });
 }
@@ -100,6 +197,7 @@ TEST_F(DesktopWindow, AShutdownThatFailsAsksForAManualShutdown) {
         [](DesktopDriver& d) {
             ASSERT_TRUE(d.waitForJs(modeScript, "manual", 30));
             EXPECT_EQ(d.session.shell.windowTitle(), "SHUT DOWN MANUALLY");
+            EXPECT_TRUE(screenHasNoMissingFigure(d));
             shootBoth(d, "manual");
         });
 }
@@ -108,6 +206,7 @@ TEST_F(DesktopWindow, AFinishedRehearsalShowsItsEndScreen) {
     run({"--consent", "on", "--test-emergency"}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(modeScript, "simdone", 30));
         EXPECT_EQ(d.countLog("shutdown: DRY-RUN: would run"), 0);
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "simdone");
     });
 }
@@ -116,6 +215,7 @@ TEST_F(DesktopWindow, ConsentButtonClickedInThePageRecordsConsent) {
     run({"--force-thermal", "critical"}, [this](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(modeScript, "consent", 15));
         EXPECT_EQ(d.countLog("ui: mode home -> consent"), 1);
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "consent");
         EXPECT_TRUE(d.js("document.getElementById('consent-yes').click(); 'clicked'"));
         EXPECT_TRUE(d.waitUntil(
@@ -185,6 +285,7 @@ TEST_F(DesktopWindow, ControlTStartsTheSimulation) {
         EXPECT_TRUE(d.waitForLog("stage-c: SIMULATION started", 5));
         EXPECT_TRUE(d.session.app.engine()->simActive());
         EXPECT_TRUE(d.waitForJs(modeScript, "lead", 10));
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "lead");
     });
 }
@@ -195,15 +296,34 @@ TEST_F(DesktopWindow, KeyboardDrivesExpandSettingsAndCollapse) {
         d.pressControl(GDK_KEY_e);
         EXPECT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
         EXPECT_TRUE(hasContentSize(d, 380, 500));
-        shootBoth(d, "expanded");
+        EXPECT_TRUE(showsTheLiveFigures(d, mainPage(d)));
         d.pressControl(GDK_KEY_comma);
         EXPECT_TRUE(d.waitForJs(modeScript, "settings", 10));
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "settings");
         d.js("HeatBridge.stagec('back'); 'sent'");
         EXPECT_TRUE(d.waitForLog("ui: mode settings -> home", 5));
         d.pressControl(GDK_KEY_w);
         EXPECT_TRUE(d.waitForJs(pageScript, "index.html", 10));
         EXPECT_TRUE(hasContentSize(d, 320, 188));
+    });
+}
+
+TEST_F(DesktopWindow, TheExpandedPageAsksForItsHistoryAndDrawsTheAnswer) {
+    run({"--consent", "on"}, [](DesktopDriver& d) {
+        ASSERT_TRUE(d.waitForJs(pageScript, "index.html", 10));
+        d.pressControl(GDK_KEY_e);
+        ASSERT_TRUE(d.waitForJs(pageScript, "expanded.html", 10));
+        // The answer to the request the page sent at load: bands drawn, and the samples so far.
+        EXPECT_TRUE(d.waitForJs("String(document.querySelectorAll('#history-temp .band').length)",
+                                "4", 10));
+        EXPECT_TRUE(d.waitForJs("document.getElementById('history-empty').hidden ? 'rows' : 'none'",
+                                "rows", 10));
+        d.js("document.querySelector('[data-range=\"24h\"]').click(); 'sent'");
+        EXPECT_TRUE(d.waitForJs(
+            "document.getElementById('history-plot').getAttribute('data-shown')", "24h", 10));
+        d.js("document.getElementById('history').scrollIntoView(); 'shown'");
+        shootBoth(d, "expanded-history");
     });
 }
 
@@ -339,6 +459,22 @@ TEST_F(DesktopWindow, ClosingTheWindowEndsTheRunWithStatusZero) {
     EXPECT_EQ(log.substr(log.size() - 10), "---- quit\n");
 }
 
+TEST_F(DesktopWindow, AConsentAnswerThatCannotBeSavedIsToldOnTheTerminal) {
+    // A folder where the settings file belongs: the answer holds for the run but cannot be
+    // saved, and the log may be the last place anyone looks.
+    std::filesystem::create_directories(data / "settings.json" / "in-the-way");
+    ::testing::internal::CaptureStderr();
+    const int status = run({"--consent", "on"}, [](DesktopDriver& d) {
+        EXPECT_TRUE(d.waitForLog("stage-c: ERROR saving consent: ", 5));
+    });
+    const auto terminal = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(terminal.find("velmora-heat-monitor: could not save the consent answer in " +
+                            (data / "settings.json").string() + "; it holds until this run ends"),
+              std::string::npos)
+        << terminal;
+}
+
 TEST_F(DesktopWindow, MarkerFromALastShutdownShowsReliefInBothThemes) {
     std::filesystem::create_directories(data);
     std::ofstream(data / "settings.json") << R"({"autoShutdown":true,"consentRecorded":true})";
@@ -347,6 +483,7 @@ TEST_F(DesktopWindow, MarkerFromALastShutdownShowsReliefInBothThemes) {
     run({}, [](DesktopDriver& d) {
         ASSERT_TRUE(d.waitForJs(modeScript, "relief", 10));
         EXPECT_EQ(d.countLog("ui: mode home -> relief"), 1);
+        EXPECT_TRUE(screenHasNoMissingFigure(d));
         shootBoth(d, "relief");
         d.chooseAppearance("dark");
         EXPECT_TRUE(d.waitForJs(themeScript, "dark", 5));

@@ -78,6 +78,11 @@ expect container '^Memory used +n/a +REAL absent '
 expect_json container '"ram":{"fill":0.0,"ok":false,"stage":"none","value":"n/a"}'
 expect_json container '"load":{"fill":0.0,"ok":false,"stage":"none","value":"n/a"}'
 
+# A fixture machine has no processes of its own: none are listed, and the host's never are.
+expect container '^Busiest processes between the two samples \([0-9.]+ s\):$'
+expect container '^  none measured$'
+refuse container '\(pid [0-9]+\)'
+
 if ((failures > 0)); then
     echo "$failures check(s) failed" >&2
     exit 1

@@ -66,9 +66,17 @@ for file in lib/systemd/system/velmora-heat-monitor.service \
     share/doc/velmora-heat-monitor/examples/50-velmora-heat-monitor.rules; do
   [[ -f "$usr/$file" ]] || fail "no $file"
 done
-# The window is a module beside the libraries, loaded only when there is a display.
+# The window is a module beside the libraries, loaded only when there is a display; the
+# watchdog's code is the shared library beside it, which the executable finds from its own
+# folder, never from the build tree.
 [[ -n "$(find "$usr/lib" -path '*/velmora-heat-monitor/velmora-heat-monitor-desktop.so')" ]] ||
   fail "no desktop module"
+[[ -n "$(find "$usr/lib" -path '*/velmora-heat-monitor/libvelmora-heat-monitor-core.so')" ]] ||
+  fail "no shared library beside the desktop module"
+if command -v readelf >/dev/null 2>&1; then
+  runpath=$(readelf -d "$root$exec_path" | sed -n 's/.*(RUNPATH).*\[\(.*\)\]/\1/p')
+  [[ "$runpath" == '$ORIGIN/'* ]] || fail "the installed program looks for its library in '$runpath'"
+fi
 
 # The installed program, run from the root, reads its resources there and nowhere else.
 home="$work/home"

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include "store/temp_dir.hpp"
@@ -51,6 +52,44 @@ TEST_F(FileChangeWatchTest, OtherFilesOfTheFolderDoNotNotify) {
     EXPECT_EQ(notified, 0);
     writeText(file, "{}");
     EXPECT_TRUE(eventually([&] { return notified > 0; }));
+}
+
+TEST_F(FileChangeWatchTest, RewritingTheFileInPlaceNotifies) {
+    writeText(file, "{}");
+    const FileChangeWatch watch(file, count, {60s, 60s});
+    std::ofstream(file, std::ios::trunc) << R"({"autoShutdown":true})";
+    EXPECT_TRUE(eventually([&] { return notified > 0; }));
+}
+
+TEST_F(FileChangeWatchTest, AFileRenamedIntoPlaceIsWatchedInItsTurn) {
+    writeText(file, "{}");
+    const FileChangeWatch watch(file, count, {60s, 60s});
+    writeText(dir / "settings.json.tmp", "{}");
+    std::filesystem::rename(dir / "settings.json.tmp", file);
+    ASSERT_TRUE(eventually([&] { return notified > 0; }));
+    const int before = notified;
+    std::ofstream(file, std::ios::trunc) << R"({"autoShutdown":true})";
+    EXPECT_TRUE(eventually([&] { return notified > before; }));
+}
+
+// The log is opened, written and closed line by line beside the settings: those lines must
+// not wake the watch at all, or an idle watchdog wakes once per line it logs.
+TEST_F(FileChangeWatchTest, LinesWrittenToOtherFilesOfTheFolderDoNotWakeIt) {
+    writeText(dir / "heat.log", "");
+    writeText(dir / "heat.log.1", "");
+    const FileChangeWatch watch(file, count, {60s, 60s});
+    for (int line = 0; line < 40; ++line) {
+        // Two files in turn, so that the kernel cannot merge the events into one, and paced
+        // as a logger's lines are, so that the thread could see each on its own.
+        std::ofstream(dir / (line % 2 == 0 ? "heat.log" : "heat.log.1"), std::ios::app)
+            << "a line\n";
+        std::this_thread::sleep_for(5ms);
+    }
+    // The settings file changing afterwards proves that the thread has read as far.
+    writeText(file, "{}");
+    ASSERT_TRUE(eventually([&] { return notified > 0; }));
+    EXPECT_EQ(fallbacks, 0);
+    EXPECT_LE(watch.wakeups(), 3U);
 }
 
 TEST_F(FileChangeWatchTest, FallsBackToPollingWhileTheFolderIsGoneAndWatchesItAgain) {

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "os/whole_file.hpp"
 #include "tray/tray_support.hpp"
@@ -50,7 +52,10 @@ TEST(Autostart, EnableWritesAnEntryAndDisableRemovesIt) {
     EXPECT_NE(text.find("Exec=/opt/velmora/bin/velmora-heat-monitor\n"), std::string::npos);
     EXPECT_NE(text.find("Icon=org.velmora.heat-monitor\n"), std::string::npos);
     EXPECT_EQ(text.rfind("[Desktop Entry]\n", 0), 0U);
-    EXPECT_FALSE(std::filesystem::exists(entry.string() + ".tmp"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(entry.parent_path()),
+                            std::filesystem::directory_iterator()),
+              1)
+        << "a temporary file was left beside the entry";
     ASSERT_EQ(disableAutostart(entry), std::nullopt);
     EXPECT_FALSE(std::filesystem::exists(entry));
     EXPECT_FALSE(autostartEnabled(entry));

@@ -3,10 +3,15 @@
 
 #include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
+#include "app/tray/figure_icon.hpp"
 #include "gui/desktop_case.hpp"
+#include "gui/shown_figures.hpp"
 #include "tray/sni_client.hpp"
 #include "tray/tray_support.hpp"
+#include "tray/xfce_panel.hpp"
 
 namespace velmora::testing {
 namespace {
@@ -24,6 +29,13 @@ struct Evaluation {
     bool done = false;
     std::optional<std::string> value;
 };
+
+std::string readText(const std::filesystem::path& file) {
+    std::ifstream in(file);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
 
 void onEvaluated(GObject* source, GAsyncResult* result, gpointer data) {
     auto* evaluation = static_cast<Evaluation*>(data);
@@ -44,22 +56,12 @@ class DesktopTray : public DesktopCase {
         DesktopCase::SetUp();
         if (IsSkipped()) return;
         // A copy of the laptop, so that its CPU temperature can change under the running app.
-        machine = dir / "machine";
-        std::filesystem::copy(fixture("intel_laptop"), machine,
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::copy_symlinks);
-        setenv("VELMORA_ROOT", machine.c_str(), 1);
+        useMachineCopy();
     }
 
     void startWatcher() {
         watcher = std::make_unique<test::StandinWatcher>(dir / "watcher.log");
         ASSERT_TRUE(watcher->ready());
-    }
-
-    /// Rewrites the package sensor in place, as the kernel would: same file, new value.
-    void setCpuTemperature(int celsius) {
-        std::ofstream(machine / "sys/class/hwmon/hwmon3/temp1_input", std::ios::trunc)
-            << celsius * 1000 << "\n";
     }
 
     std::optional<ItemRef> item(DesktopDriver& d) {
@@ -106,7 +108,9 @@ class DesktopTray : public DesktopCase {
 
     std::optional<std::string> popupJs(DesktopDriver& d, const std::string& script) {
         auto evaluation = std::make_unique<Evaluation>();
-        auto* view = d.session.shell.popup()->view().webView();
+        auto* page = d.session.shell.popup()->view();
+        if (page == nullptr) return std::nullopt;  // closed: there is no page to ask
+        auto* view = page->webView();
         webkit_web_view_evaluate_javascript(view, script.c_str(), -1, nullptr, nullptr, nullptr,
                                             onEvaluated, evaluation.get());
         if (!d.waitUntil([&] { return evaluation->done; }, 10)) {
@@ -156,47 +160,188 @@ class DesktopTray : public DesktopCase {
         gdk_event_free(event);
     }
 
-    std::filesystem::path machine;
     std::unique_ptr<test::StandinWatcher> watcher;
     test::SniClient client;
 };
 
-TEST_F(DesktopTray, TheItemRegistersAndItsLabelAndIconFollowTheCpuTemperature) {
+TEST_F(DesktopTray, TheItemRegistersAndItsIconAndTooltipFollowTheCpuTemperature) {
     startWatcher();
     run({"--consent", "on"}, [&](DesktopDriver& d) {
         const auto ref = item(d);
         ASSERT_TRUE(ref.has_value()) << watcher->record();
         EXPECT_NE(watcher->record().find("item " + ref->bus + ref->path), std::string::npos);
-        auto props =
-            propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 62°"; });
-        EXPECT_EQ(props.label, "NORMAL · 62°");
+        auto props = propsWhen(
+            d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 62 °C"; });
+        EXPECT_EQ(props.toolTipText, "NORMAL · 62 °C");
+        EXPECT_EQ(props.toolTipTitle, "Velmora Heat Monitor");
         EXPECT_EQ(props.id, "org.velmora.heat-monitor");
         EXPECT_EQ(props.status, "Active");
-        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
-        // The build tree's own icons, for a panel whose theme does not have them installed.
-        EXPECT_EQ(props.iconThemePath, std::string(VELMORA_TEST_RESOURCES) + "/icons");
+        EXPECT_EQ(props.label, "") << "the icon carries the figure";
+        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-62-normal");
+        // The icons drawn at run time, and the build tree's own icons linked beside them for
+        // a panel whose theme does not have them installed.
+        const auto themePath = std::filesystem::path(props.iconThemePath);
+        EXPECT_EQ(themePath.parent_path().filename(), "velmora-heat-monitor");
+        EXPECT_TRUE(
+            std::filesystem::exists(themePath / "org.velmora.heat-monitor-figure-62-normal.png"));
+        EXPECT_EQ(std::filesystem::read_symlink(themePath / "hicolor"),
+                  std::filesystem::path(VELMORA_TEST_RESOURCES) / "icons/hicolor");
         // The same folder gives the window and the popup their icons.
         auto* theme = gtk_icon_theme_get_default();
         EXPECT_TRUE(gtk_icon_theme_has_icon(theme, "org.velmora.heat-monitor"));
         EXPECT_TRUE(gtk_icon_theme_has_icon(theme, "org.velmora.heat-monitor-alarm-symbolic"));
 
+        // Within the same level the icon changes with the figure.
+        setCpuTemperature(73);
+        const auto at73 = propsWhen(
+            d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 73 °C"; });
+        EXPECT_EQ(at73.iconName, "org.velmora.heat-monitor-figure-73-normal");
+        setCpuTemperature(77);
+        const auto at77 = propsWhen(
+            d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 77 °C"; });
+        EXPECT_EQ(at77.iconName, "org.velmora.heat-monitor-figure-77-normal");
+        EXPECT_NE(at77.pixmapBytes, at73.pixmapBytes);
+
         setCpuTemperature(90);  // past the sensor's critical limit less 15 °C: fair
-        props = propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "WARM · 90°"; });
-        EXPECT_EQ(props.label, "WARM · 90°");
-        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-warm-symbolic");
+        props =
+            propsWhen(d, *ref, [](const ItemProps& p) { return p.toolTipText == "WARM · 90 °C"; });
+        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-90-warm");
 
         setCpuTemperature(101);  // past the critical limit, the hardware throttles: serious
-        props =
-            propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "EXTREME HEAT · 101°"; });
-        EXPECT_EQ(props.label, "EXTREME HEAT · 101°");
-        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-hot-symbolic");
+        props = propsWhen(
+            d, *ref, [](const ItemProps& p) { return p.toolTipText == "EXTREME HEAT · 101 °C"; });
+        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-101-hot");
 
         // The hottest CPU sensor counts; another core stays at 62 °C.
         setCpuTemperature(66);
-        props = propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 66°"; });
-        EXPECT_EQ(props.label, "NORMAL · 66°");
-        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
+        props = propsWhen(d, *ref,
+                          [](const ItemProps& p) { return p.toolTipText == "NORMAL · 66 °C"; });
+        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-66-normal");
+        EXPECT_EQ(props.toolTipText.find("ountdown"), std::string::npos);
         EXPECT_EQ(d.countLog("ui: no tray host"), 0);
+    });
+}
+
+TEST_F(DesktopTray, TheFigureAsTextFromTheMenuMovesItToTheLabel) {
+    startWatcher();
+    run({"--consent", "on"}, [&](DesktopDriver& d) {
+        const auto ref = item(d);
+        ASSERT_TRUE(ref.has_value());
+        propsWhen(d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 62 °C"; });
+        click(d, *ref, "Temperature as text beside the icon");
+        EXPECT_TRUE(d.waitForLog("ui: temperature as text beside the icon on", 5));
+        const auto props =
+            propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 62°"; });
+        EXPECT_EQ(props.label, "NORMAL · 62°");
+        EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
+        EXPECT_NE(readText(dir / "config/velmora-heat-monitor/preferences.json")
+                      .find("\"org.velmora.heat-monitor.heat.figure-as-text\": \"on\""),
+                  std::string::npos);
+    });
+}
+
+TEST_F(DesktopTray, TheCountdownsNotificationCancelsTheRealCountdown) {
+    startWatcher();
+    test::StandinNotifications server(dir / "notifications.log");
+    ASSERT_TRUE(server.ready());
+    run({"--consent", "on", "--force-thermal", "critical"}, [&](DesktopDriver& d) {
+        std::optional<nlohmann::json> counting;
+        d.waitUntil(
+            [&] {
+                for (const auto& sent : server.notifies()) {
+                    if (sent["summary"].get<std::string>().starts_with("EMERGENCY"))
+                        counting = sent;
+                }
+                return counting.has_value();
+            },
+            15);
+        ASSERT_TRUE(counting.has_value());
+        EXPECT_EQ((*counting)["urgency"], 2);
+        EXPECT_EQ((*counting)["expire"], 0);
+        EXPECT_EQ((*counting)["actions"], (nlohmann::json{"cancel", "Keep working · Cancel"}));
+        const auto id = (*counting)["id"].get<std::uint32_t>();
+        // A second or two go by: the seconds replace the one notification.
+        d.waitUntil([&] { return server.notifies().size() >= 3; }, 5);
+        for (const auto& sent : server.notifies()) {
+            if (!sent["summary"].get<std::string>().starts_with("EMERGENCY")) continue;
+            EXPECT_EQ(sent["id"], id) << sent.dump();
+        }
+        EXPECT_TRUE(test::whilePumping([&] { return server.invokeAction(id, "cancel"); }));
+        EXPECT_TRUE(
+            d.waitForLog("stage-c: user pressed Keep working · Cancel during the countdown", 10));
+        EXPECT_TRUE(d.waitForLog("ui: countdown cancel asked from the desktop notification", 5));
+        EXPECT_TRUE(d.waitUntil(
+            [&] {
+                return d.session.app.engine()->snapshot().real.state != CountdownState::countdown;
+            },
+            5));
+        EXPECT_EQ(d.countLog("shutdown: DRY-RUN: would run"), 0);
+    });
+}
+
+/// Whether the panel, as on the screen now, shows the item's icon for that figure: every opaque
+/// pixel of the 24 px image, somewhere in the panel. Keeps the picture in `picture`.
+bool panelShows(const std::string& digits, HeatColor color, GdkPixbuf** picture) {
+    if (*picture != nullptr) g_object_unref(*picture);
+    *picture = test::XfcePanel::picture();
+    return test::containsImage(*picture, drawFigureIcon(digits, color, 24));
+}
+
+void savePicture(GdkPixbuf* picture, const std::string& name) {
+    std::filesystem::create_directories(screenshotDir());
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(gdk_pixbuf_save(picture, (screenshotDir() / name).c_str(), "png", nullptr,
+                                nullptr) == TRUE);
+}
+
+TEST_F(DesktopTray, ARealXfcePanelShowsTheFigureInTheIconAndReadsTheTooltip) {
+    run({"--consent", "on"}, [&](DesktopDriver& d) {
+        for (const bool dark : {false, true}) {
+            const std::string theme = dark ? "dark" : "light";
+            test::XfcePanel panel(dir / ("panel-" + theme), dark);
+            ASSERT_TRUE(panel.started()) << panel.problem();
+            const auto ref = item(d);
+            ASSERT_TRUE(ref.has_value()) << "the item did not register with the panel";
+            setCpuTemperature(73);
+            const auto at73 = propsWhen(
+                d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 73 °C"; });
+            EXPECT_EQ(at73.toolTipText, "NORMAL · 73 °C");
+            GdkPixbuf* shown73 = nullptr;
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("73", HeatColor::label, &shown73); }, 15))
+                << "the panel never drew 73";
+
+            // Same level, new figure: the icon and what the panel draws change.
+            setCpuTemperature(77);
+            const auto at77 = propsWhen(
+                d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 77 °C"; });
+            EXPECT_EQ(at77.iconName, "org.velmora.heat-monitor-figure-77-normal");
+            EXPECT_NE(at77.iconName, at73.iconName);
+            EXPECT_NE(at77.pixmapBytes, at73.pixmapBytes);
+            GdkPixbuf* shown77 = nullptr;
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("77", HeatColor::label, &shown77); }, 15))
+                << "the panel did not redraw the new figure";
+            EXPECT_FALSE(test::containsImage(shown77, drawFigureIcon("73", HeatColor::label, 24)));
+            savePicture(shown77, "panel-" + theme + "-calm.png");
+
+            setCpuTemperature(101);
+            const auto hot = propsWhen(d, *ref, [](const ItemProps& p) {
+                return p.toolTipText == "EXTREME HEAT · 101 °C";
+            });
+            EXPECT_EQ(hot.iconName, "org.velmora.heat-monitor-figure-101-hot");
+            GdkPixbuf* shownHot = nullptr;
+            EXPECT_TRUE(
+                d.waitUntil([&] { return panelShows("101", HeatColor::red, &shownHot); }, 15))
+                << "the panel never drew the hot badge";
+            savePicture(shownHot, "panel-" + theme + "-hot.png");
+            for (auto* picture : {shown73, shown77, shownHot}) {
+                if (picture != nullptr) g_object_unref(picture);
+            }
+            setCpuTemperature(62);
+            propsWhen(d, *ref,
+                      [](const ItemProps& p) { return p.toolTipText == "NORMAL · 62 °C"; });
+        }
     });
 }
 
@@ -218,6 +363,8 @@ TEST_F(DesktopTray, MenuHoldsTheActionsAndTestEmergencyStartsTheSimulation) {
                                                 "Appearance: Light",
                                                 "Appearance: Dark",
                                                 "-",
+                                                "Notify me when it gets hot",
+                                                "Temperature as text beside the icon",
                                                 "Start at login",
                                                 "-",
                                                 "Quit Velmora Heat Monitor"};
@@ -297,8 +444,9 @@ TEST_F(DesktopTray, WithoutATrayHostTheLogSaysSoOnceAndTheWindowWorks) {
         ASSERT_TRUE(ref.has_value());
         EXPECT_EQ(d.countLog("ui: no tray host"), 1);
         EXPECT_EQ(
-            propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 62°"; }).label,
-            "NORMAL · 62°");
+            propsWhen(d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 62 °C"; })
+                .toolTipText,
+            "NORMAL · 62 °C");
     });
 }
 
@@ -342,6 +490,8 @@ TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOn
         EXPECT_TRUE(waitForPopupJs(d, popupCpuScript, "62°C"))
             << popupJs(d, popupCpuScript).value_or("?");
         EXPECT_TRUE(waitForPopupJs(d, popupLevelScript, "NORMAL"));
+        EXPECT_TRUE(
+            showsTheLiveFigures(d, [&](const std::string& script) { return popupJs(d, script); }));
 
         d.chooseAppearance("light");
         EXPECT_TRUE(waitForPopupJs(d, popupThemeScript, "light"));
@@ -363,16 +513,22 @@ TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOn
         EXPECT_TRUE(d.waitUntil([&] { return !shell.popoverShown(); }, 5));
         EXPECT_TRUE(shell.windowVisible());
 
-        // Closed, it is sent nothing; opened again, it is brought up to date at once.
+        // Closed, it holds no web view (and no web process); opened again, its page is made
+        // anew, in the appearance chosen meanwhile, and brought up to date at once.
+        EXPECT_TRUE(d.waitUntil([&] { return shell.popup()->view() == nullptr; }, 5));
+        d.chooseAppearance("light");
         setCpuTemperature(75);
-        // The item shows the sample that a shown popup would have been sent with it.
         EXPECT_EQ(
-            propsWhen(d, *ref, [](const ItemProps& p) { return p.label == "NORMAL · 75°"; }).label,
-            "NORMAL · 75°");
-        EXPECT_EQ(popupJs(d, popupCpuScript), "71°C");
+            propsWhen(d, *ref, [](const ItemProps& p) { return p.toolTipText == "NORMAL · 75 °C"; })
+                .toolTipText,
+            "NORMAL · 75 °C");
+        EXPECT_EQ(shell.popup()->view(), nullptr);
         click(d, *ref, "Live readings…");
         ASSERT_TRUE(d.waitUntil([&] { return shell.popoverShown(); }, 5));
         EXPECT_TRUE(waitForPopupJs(d, popupCpuScript, "75°C"));
+        EXPECT_TRUE(waitForPopupJs(d, popupThemeScript, "light"));
+        EXPECT_TRUE(showsTheLiveFigures(
+            d, [&](const std::string& script) { return popupJs(d, script); }));
 
         // Another window taking the focus closes it, as a click elsewhere does.
         loseFocus(window);

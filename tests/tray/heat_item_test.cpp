@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -33,6 +35,10 @@ class HeatItemTest : public ::testing::Test {
             calls.push_back(on ? "login on" : "login off");
             return on && loginWorks;
         };
+        actions.notifyWhenHot = [this](bool on) {
+            calls.push_back(on ? "notify on" : "notify off");
+        };
+        actions.figureAsText = [this](bool on) { calls.push_back(on ? "text on" : "text off"); };
         actions.quit = [this] { calls.push_back("quit"); };
         actions.log = [this](const std::string& line) { logLines.push_back(line); };
         return actions;
@@ -93,47 +99,121 @@ class HeatItemTest : public ::testing::Test {
     std::unique_ptr<HeatItem> item;
 };
 
-TEST_F(HeatItemTest, RegistersWithTheWatcherWithItsFirstTitle) {
+TEST_F(HeatItemTest, RegistersWithTheWatcherWithTheIconCarryingTheFigure) {
     StandinWatcher watcher(temp.path() / "record");
     ASSERT_TRUE(watcher.ready());
     makeItem();
     const auto ref = registeredItem();
     ASSERT_TRUE(ref.has_value()) << watcher.record();
     EXPECT_NE(watcher.record().find("item " + ref->bus + ref->path), std::string::npos);
-    const auto props = propsWhen(*ref, [](const ItemProps& p) { return !p.label.empty(); });
+    const auto props = propsWhen(*ref, [](const ItemProps& p) { return !p.iconName.empty(); });
     EXPECT_EQ(props.id, "org.velmora.heat-monitor");
     EXPECT_EQ(props.title, "Velmora Heat Monitor");
     EXPECT_EQ(props.status, "Active");
-    EXPECT_EQ(props.label, "Heat \u2026");
-    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
+    // The icon carries the figure, so the label stays empty: no host shows it twice.
+    EXPECT_EQ(props.label, "");
+    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-none-normal");
+    EXPECT_EQ(props.iconThemePath, item->runtimeIconFolder().string());
     EXPECT_EQ(props.attentionIconName, "org.velmora.heat-monitor-alarm-symbolic");
+    EXPECT_EQ(props.toolTipTitle, "Velmora Heat Monitor");
+    EXPECT_EQ(props.toolTipText, "Waiting for the first reading");
     EXPECT_TRUE(item->hostPresent());
     EXPECT_TRUE(logLines.empty());
 }
 
-TEST_F(HeatItemTest, LabelAndIconFollowTheTitleAndColour) {
+TEST_F(HeatItemTest, TheIconChangesWithTheFigureWithinTheSameLevel) {
     StandinWatcher watcher(temp.path() / "record");
     makeItem();
     const auto ref = registeredItem();
     ASSERT_TRUE(ref.has_value());
+    item->setTitle("NORMAL · 73°", HeatColor::label);
+    item->setDetails(HeatItemDetails{73.0, "Velmora Heat Monitor", "NORMAL · 73 °C"});
+    const auto at73 = propsWhen(*ref, [](const ItemProps& p) {
+        return p.iconName == "org.velmora.heat-monitor-figure-73-normal";
+    });
+    ASSERT_EQ(at73.iconName, "org.velmora.heat-monitor-figure-73-normal");
+    const std::vector<std::pair<int, int>> sizes{{16, 16}, {22, 22}, {24, 24}, {32, 32}};
+    EXPECT_EQ(at73.pixmapSizes, sizes);
+    EXPECT_EQ(at73.pixmapBytes.size(), (16 * 16 + 22 * 22 + 24 * 24 + 32 * 32) * 4U);
+    item->setDetails(HeatItemDetails{77.2, "Velmora Heat Monitor", "NORMAL · 77 °C"});
+    const auto at77 = propsWhen(*ref, [](const ItemProps& p) {
+        return p.iconName == "org.velmora.heat-monitor-figure-77-normal";
+    });
+    EXPECT_EQ(at77.iconName, "org.velmora.heat-monitor-figure-77-normal");
+    EXPECT_NE(at77.pixmapBytes, at73.pixmapBytes);
+    EXPECT_EQ(at77.toolTipText, "NORMAL · 77 °C");
+    // A hotter level draws the same figure in another colour.
+    item->setTitle("WARM · 77°", HeatColor::yellow);
+    const auto warm = propsWhen(*ref, [](const ItemProps& p) {
+        return p.iconName == "org.velmora.heat-monitor-figure-77-warm";
+    });
+    EXPECT_NE(warm.pixmapBytes, at77.pixmapBytes);
+    EXPECT_TRUE(std::filesystem::exists(item->runtimeIconFolder() /
+                                        "org.velmora.heat-monitor-figure-77-warm.png"));
+}
+
+TEST_F(HeatItemTest, TheRuntimeIconsArePrivateAndGoneWithTheItem) {
+    makeItem();
+    item->setDetails(HeatItemDetails{64.0, "Velmora Heat Monitor", "NORMAL · 64 °C"});
+    const auto folder = item->runtimeIconFolder();
+    ASSERT_FALSE(folder.empty());
+    EXPECT_EQ(item->iconName(), "org.velmora.heat-monitor-figure-64-normal");
+    EXPECT_TRUE(std::filesystem::exists(folder / "org.velmora.heat-monitor-figure-64-normal.png"));
+    EXPECT_EQ(folder.parent_path().filename(), "velmora-heat-monitor");
+    const auto perms = std::filesystem::status(folder.parent_path()).permissions();
+    EXPECT_EQ(perms & std::filesystem::perms::all, std::filesystem::perms::owner_all);
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr) {
+        EXPECT_EQ(folder.parent_path().parent_path(), std::filesystem::path(runtime));
+    }
+    item.reset();
+    EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST_F(HeatItemTest, TheTooltipIsReadOverTheBusAndNeverSpeaksOfACountdownWhenCalm) {
+    StandinWatcher watcher(temp.path() / "record");
+    makeItem();
+    const auto ref = registeredItem();
+    ASSERT_TRUE(ref.has_value());
+    item->setDetails(HeatItemDetails{91.0, "Velmora Heat Monitor",
+                                     "HOT · 91 °C — cc1plus 96 % · critical in about 4 min"});
+    const auto props =
+        propsWhen(*ref, [](const ItemProps& p) { return p.toolTipText.starts_with("HOT"); });
+    EXPECT_EQ(props.toolTipTitle, "Velmora Heat Monitor");
+    EXPECT_EQ(props.toolTipText, "HOT · 91 °C — cc1plus 96 % · critical in about 4 min");
+    EXPECT_EQ(props.status, "Active");
+    EXPECT_EQ(props.label.find("ountdown"), std::string::npos);
+}
+
+TEST_F(HeatItemTest, WithTheFigureAsTextTheLabelCarriesItAndTheIconIsPlain) {
+    StandinWatcher watcher(temp.path() / "record");
+    makeItem();
+    const auto ref = registeredItem();
+    ASSERT_TRUE(ref.has_value());
+    item->setFigureAsText(true);
+    item->setDetails(HeatItemDetails{71.0, "Velmora Heat Monitor", "WARM · 71 °C"});
     item->setTitle("WARM · 71°", HeatColor::yellow);
     auto props = propsWhen(*ref, [](const ItemProps& p) { return p.label == "WARM · 71°"; });
     EXPECT_EQ(props.label, "WARM · 71°");
     EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-warm-symbolic");
+    EXPECT_TRUE(props.pixmapSizes.empty()) << "the themed icon, found by its name";
     item->setTitle("HOT · 93°", HeatColor::red);
     props = propsWhen(*ref, [](const ItemProps& p) { return p.label == "HOT · 93°"; });
     EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-hot-symbolic");
-    item->setTitle("NORMAL · n/a", HeatColor::label);
-    props = propsWhen(*ref, [](const ItemProps& p) { return p.label == "NORMAL · n/a"; });
-    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-heat-normal-symbolic");
+    item->setFigureAsText(false);
+    props = propsWhen(*ref, [](const ItemProps& p) { return p.label.empty(); });
+    EXPECT_EQ(props.label, "");
+    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-71-hot");
+    EXPECT_EQ(findByLabel(menuOf(*ref), "Temperature as text beside the icon")->toggleState, 0);
 }
 
-TEST_F(HeatItemTest, CountdownAsksForAttentionAndEndsBackAtTheHeatTitle) {
+TEST_F(HeatItemTest, CountdownAsksForAttentionAndEndsBackAtTheHeatIcon) {
     StandinWatcher watcher(temp.path() / "record");
     makeItem();
     const auto ref = registeredItem();
     ASSERT_TRUE(ref.has_value());
     item->setTitle("EXTREME HEAT · 99°", HeatColor::red);
+    item->setDetails(HeatItemDetails{99.0, "Velmora Heat Monitor", "EXTREME HEAT · 99 °C"});
     item->showCountdown("EMERGENCY 9s");
     auto props = propsWhen(*ref, [](const ItemProps& p) { return p.status == "NeedsAttention"; });
     EXPECT_EQ(props.status, "NeedsAttention");
@@ -147,7 +227,8 @@ TEST_F(HeatItemTest, CountdownAsksForAttentionAndEndsBackAtTheHeatTitle) {
     item->endCountdown();
     props = propsWhen(*ref, [](const ItemProps& p) { return p.status == "Active"; });
     EXPECT_EQ(props.status, "Active");
-    EXPECT_EQ(props.label, "EXTREME HEAT · 98°");
+    EXPECT_EQ(props.label, "");
+    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-99-hot");
     EXPECT_FALSE(item->attention());
 }
 
@@ -167,6 +248,8 @@ TEST_F(HeatItemTest, MenuHoldsTheActionsInOrder) {
                                             "Appearance: Light",
                                             "Appearance: Dark",
                                             "-",
+                                            "Notify me when it gets hot",
+                                            "Temperature as text beside the icon",
                                             "Start at login",
                                             "-",
                                             "Quit Velmora Heat Monitor"};
@@ -176,6 +259,9 @@ TEST_F(HeatItemTest, MenuHoldsTheActionsInOrder) {
     EXPECT_EQ(findByLabel(menu, "Appearance: Auto")->toggleState, 0);
     EXPECT_EQ(findByLabel(menu, "Start at login")->toggleType, "checkmark");
     EXPECT_EQ(findByLabel(menu, "Start at login")->toggleState, 0);
+    EXPECT_EQ(findByLabel(menu, "Notify me when it gets hot")->toggleType, "checkmark");
+    EXPECT_EQ(findByLabel(menu, "Notify me when it gets hot")->toggleState, 1);
+    EXPECT_EQ(findByLabel(menu, "Temperature as text beside the icon")->toggleState, 0);
     EXPECT_TRUE(calls.empty()) << "setting the check marks must not act";
 }
 
@@ -188,8 +274,11 @@ TEST_F(HeatItemTest, MenuEntriesCallTheirActions) {
     click(*ref, "Live readings\u2026");
     click(*ref, "Open Velmora Heat Monitor");
     click(*ref, "Appearance: Light");
+    click(*ref, "Notify me when it gets hot");
+    click(*ref, "Temperature as text beside the icon");
     click(*ref, "Quit Velmora Heat Monitor");
-    const std::vector<std::string> expected{"test", "live", "open", "appearance light", "quit"};
+    const std::vector<std::string> expected{"test",       "live",    "open", "appearance light",
+                                            "notify off", "text on", "quit"};
     EXPECT_EQ(calls, expected);
 }
 
@@ -218,13 +307,15 @@ TEST_F(HeatItemTest, WithoutATrayHostLogsOnceAndAppearsWhenOneComes) {
     ASSERT_EQ(logLines, std::vector<std::string>{"ui: no tray host; the window is the only view"});
     EXPECT_FALSE(item->hostPresent());
     item->setTitle("HOT · 90°", HeatColor::red);
+    item->setDetails(HeatItemDetails{90.0, "Velmora Heat Monitor", "HOT · 90 °C"});
 
     StandinWatcher watcher(temp.path() / "record");
     ASSERT_TRUE(watcher.ready());
     const auto ref = registeredItem();
     ASSERT_TRUE(ref.has_value()) << watcher.record();
-    const auto props = propsWhen(*ref, [](const ItemProps& p) { return p.label == "HOT · 90°"; });
-    EXPECT_EQ(props.label, "HOT · 90°");
+    const auto props =
+        propsWhen(*ref, [](const ItemProps& p) { return p.toolTipText == "HOT · 90 °C"; });
+    EXPECT_EQ(props.iconName, "org.velmora.heat-monitor-figure-90-hot");
     EXPECT_TRUE(item->hostPresent());
     // Said once while there was no host: the next line is the host's arrival.
     const std::vector<std::string> said{"ui: no tray host; the window is the only view",

@@ -46,6 +46,36 @@ MenuNode nodeOf(GVariant* entry) {
     return node;
 }
 
+void readToolTip(GVariant* dict, ItemProps& props) {
+    GVariant* tip = g_variant_lookup_value(dict, "ToolTip", G_VARIANT_TYPE("(sa(iiay)ss)"));
+    if (tip == nullptr) return;
+    const gchar* title = nullptr;
+    const gchar* text = nullptr;
+    g_variant_get(tip, "(&s@a(iiay)&s&s)", nullptr, nullptr, &title, &text);
+    props.toolTipTitle = title;
+    props.toolTipText = text;
+    g_variant_unref(tip);
+}
+
+void readPixmaps(GVariant* dict, ItemProps& props) {
+    GVariant* images = g_variant_lookup_value(dict, "IconPixmap", G_VARIANT_TYPE("a(iiay)"));
+    if (images == nullptr) return;
+    GVariantIter iter;
+    g_variant_iter_init(&iter, images);
+    gint32 width = 0;
+    gint32 height = 0;
+    GVariant* bytes = nullptr;
+    while (g_variant_iter_next(&iter, "(ii@ay)", &width, &height, &bytes)) {
+        props.pixmapSizes.emplace_back(width, height);
+        gsize count = 0;
+        const auto* data =
+            static_cast<const unsigned char*>(g_variant_get_fixed_array(bytes, &count, 1));
+        props.pixmapBytes.insert(props.pixmapBytes.end(), data, data + count);
+        g_variant_unref(bytes);
+    }
+    g_variant_unref(images);
+}
+
 }  // namespace
 
 std::optional<ItemRef> parseItem(const std::string& address) {
@@ -134,6 +164,8 @@ std::optional<ItemProps> SniClient::properties(const ItemRef& item) const {
     props.iconThemePath = stringOf(dict, "IconThemePath");
     props.label = stringOf(dict, "XAyatanaLabel");
     props.menuPath = stringOf(dict, "Menu");
+    readToolTip(dict, props);
+    readPixmaps(dict, props);
     g_variant_unref(dict);
     g_variant_unref(reply);
     return props;

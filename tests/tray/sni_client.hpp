@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmora::test {
@@ -26,6 +27,11 @@ struct ItemProps {
     std::string iconThemePath;
     std::string label;  // XAyatanaLabel
     std::string menuPath;
+    std::string toolTipTitle;
+    std::string toolTipText;
+    /// IconPixmap: each image's size, and all their bytes one after the other.
+    std::vector<std::pair<int, int>> pixmapSizes;
+    std::vector<unsigned char> pixmapBytes;
 };
 
 /// One entry of a com.canonical.dbusmenu layout.

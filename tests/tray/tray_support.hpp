@@ -4,11 +4,15 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <future>
 #include <string>
 #include <thread>
+#include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "support/temp_dir.hpp"
 
@@ -48,6 +52,34 @@ class StandinWatcher {
     /// The lines it recorded ("item BUS/PATH", "host NAME", "gone BUS/PATH").
     std::string record() const;
     void stop();
+
+  private:
+    std::filesystem::path record_;
+    pid_t pid_ = -1;
+    bool ready_ = false;
+};
+
+/// The test notification server on the session bus, stopped on destruction.
+class StandinNotifications {
+  public:
+    /// `options`: "--slow MS", "--fail".
+    explicit StandinNotifications(std::filesystem::path record,
+                                  const std::vector<std::string>& options = {});
+    ~StandinNotifications();
+    StandinNotifications(const StandinNotifications&) = delete;
+    StandinNotifications& operator=(const StandinNotifications&) = delete;
+    StandinNotifications(StandinNotifications&&) = delete;
+    StandinNotifications& operator=(StandinNotifications&&) = delete;
+
+    bool ready() const { return ready_; }
+    /// Every call it recorded, in order.
+    std::vector<nlohmann::json> calls() const;
+    /// Only the Notify calls.
+    std::vector<nlohmann::json> notifies() const;
+    /// Acts as the user choosing an action, or closing one, in the server's window. Blocking:
+    /// call from another thread than the one the notifier lives on.
+    bool invokeAction(std::uint32_t id, const std::string& key) const;
+    bool dismiss(std::uint32_t id) const;
 
   private:
     std::filesystem::path record_;

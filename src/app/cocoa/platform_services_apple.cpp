@@ -4,17 +4,9 @@
 #include "actuators/system_sounder.hpp"
 #include "app/cocoa/user_defaults.hpp"
 #include "app/controller/platform_services.hpp"
-#include "metrics/backend_factory.hpp"
 #include "policy/platform_texts.hpp"
 
 namespace velmora {
-
-std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts) {
-    auto collector =
-        std::make_unique<HeatCollector>(makePlatformBackend(metricsRootFromEnvironment()));
-    collector->forcedThermal = opts.forceThermal;
-    return collector;
-}
 
 // The pages come from the application bundle (the shell asks it); `resources` is unused here.
 PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnvironment& /*env*/,

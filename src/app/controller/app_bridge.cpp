@@ -1,10 +1,12 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <string_view>
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
+#include "app/controller/history_view.hpp"
 #include "app/core/bridge_scripts.hpp"
 
 namespace velmora {
@@ -34,18 +36,23 @@ void AppController::loadPage(const std::string& name) {
 }
 
 void AppController::installUserScripts() {
-    shell_.setDocumentStartScript(WebView::main,
-                                  documentStartScript(token_, rawValue(appearance_)));
+    const auto script = documentStartScript(token_, rawValue(appearance_));
+    shell_.setDocumentStartScript(WebView::main, script);
+    // The popup's page is made anew at each opening, with the appearance of that moment.
+    if (ui_.heatItem) shell_.setDocumentStartScript(WebView::menu, script);
 }
 
 void AppController::pushRender(const nlohmann::json& view) {
     std::string text;
     std::string visible;
     try {
-        text = view.dump();
+        // The settings page shows "Notify me when it gets hot", a preference of the application.
+        auto sent = view;
+        sent["notifyWhenHot"] = notifyWhenHot_;
+        text = sent.dump();
         // The page shows whole seconds; a tick that changed only the milliseconds would make
         // the web process lay out and paint the same screen again, four times a second.
-        auto shown = view;
+        auto shown = std::move(sent);
         shown.erase("remainingMs");
         visible = shown.dump() + std::string(modeName(ui_.mode));
     } catch (const nlohmann::json::exception&) {
@@ -56,12 +63,27 @@ void AppController::pushRender(const nlohmann::json& view) {
     shell_.evaluate(WebView::main, renderCall(text, modeName(ui_.mode)));
 }
 
+// A page nobody can see is not pushed to; it is brought up to date when it shows again. The
+// stage pages are rendered whatever the window's state: a countdown is never held back.
 void AppController::pushLive() {
-    if (showsLiveReadings(ui_.pageName)) shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
+    if (!showsLiveReadings(ui_.pageName) || !shell_.mainViewSeen()) return;
+    shell_.evaluate(WebView::main, liveCall(ui_.liveJSON));
+}
+
+void AppController::mainViewSeenAgain() {
+    pushLive();
 }
 
 void AppController::pushMenu() {
-    if (ui_.heatItem) shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
+    if (!ui_.heatItem) return;
+    if (!history_ || !history_->store()) {
+        shell_.evaluate(WebView::menu, liveCall(ui_.liveJSON));
+        return;
+    }
+    // The popup's sparkline shows the last 15 minutes, from the history, before the readings.
+    const auto now = static_cast<std::int64_t>(std::floor(loop_.wallNow().secondsSinceEpoch));
+    shell_.evaluate(WebView::menu, recentCpuCall(recentCpu(*history_->store(), now)) + ";" +
+                                       liveCall(ui_.liveJSON));
 }
 
 void AppController::pageFinished(WebView view) {

@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/controller/app_controller.hpp"
+#include "metrics/heat_cause.hpp"
 #include "metrics/live_names.hpp"
 
 namespace velmora {
@@ -59,6 +60,9 @@ void AppController::rememberLive(const LiveInputs& inputs) {
     status_.cpuTemp.reset();
     if (inputs.cpuTemp) status_.cpuTemp = inputs.cpuTemp->celsius;
     status_.cpuBusy = inputs.cpuBusy;
+    // Every sample passes here once; the one that brought a rise says what was heating.
+    const auto& cause = inputs.heatCause;
+    if (cause && cause->rise) log(heatRiseLine(*cause->rise, *cause));
 }
 
 }  // namespace velmora

@@ -3,6 +3,7 @@
 #include "app/controller/app_controller.hpp"
 #include "app/controller/live_summary.hpp"
 #include "app/core/bridge_scripts.hpp"
+#include "app/core/notify_preference.hpp"
 #include "metrics/live_model.hpp"
 
 namespace velmora {
@@ -16,6 +17,8 @@ void AppController::setupMenuBarItem() {
     shell_.createHeatItem("Heat \u2026", documentStartScript(token_, rawValue(appearance_)),
                           popoverSize);
     ui_.heatItem = true;
+    shell_.setMenuItemChecked(MenuAction::notifyWhenHot, notifyWhenHot_);
+    shell_.setMenuItemChecked(MenuAction::figureAsText, figureAsText_);
     if (const auto file = shell_.pageFile("menubar")) {
         shell_.loadPage(WebView::menu, *file, file->parent_path());
     }
@@ -39,6 +42,25 @@ void AppController::setAppearance(AppearancePref pref, bool fromPage) {
     if (ui_.heatItem) shell_.evaluate(WebView::menu, call);
     updateAppearanceMenu();
     log("ui: appearance " + std::string(rawValue(pref)));
+}
+
+void AppController::setNotifyWhenHot(bool on) {
+    notifyWhenHot_ = on;
+    if (const auto problem = saveNotifyWhenHot(on, *services_.preferences)) {
+        log("ui: could not save 'Notify me when it gets hot': " + *problem);
+    }
+    shell_.setMenuItemChecked(MenuAction::notifyWhenHot, on);
+    ui_.shownRender.clear();  // the settings page shows the switch
+    log(std::string("ui: notify me when it gets hot ") + (on ? "on" : "off"));
+}
+
+void AppController::setFigureAsText(bool on) {
+    figureAsText_ = on;
+    if (const auto problem = services_.preferences->setText(figureAsTextKey, on ? "on" : "off")) {
+        log("ui: could not save 'Temperature as text beside the icon': " + *problem);
+    }
+    shell_.setMenuItemChecked(MenuAction::figureAsText, on);
+    log(std::string("ui: temperature as text beside the icon ") + (on ? "on" : "off"));
 }
 
 void AppController::sampleLive() {
@@ -75,6 +97,7 @@ void AppController::presentLive(const LiveInputs& inputs, std::uint64_t sequence
 void AppController::updateMenuBarItem(const LiveInputs& inputs) {
     if (!ui_.heatItem) return;
     shell_.setHeatItemTitle(heatItemTitle(inputs), heatItemColor(inputs));
+    shell_.setHeatItemDetails(heatItemDetails(inputs));
 }
 
 void AppController::toggleMenuPopover() {
@@ -108,6 +131,12 @@ void AppController::menuAction(MenuAction action) {
             break;
         case MenuAction::collapse:
             collapse(true);
+            break;
+        case MenuAction::notifyWhenHot:
+            setNotifyWhenHot(!notifyWhenHot_);
+            break;
+        case MenuAction::figureAsText:
+            setFigureAsText(!figureAsText_);
             break;
         default:
             break;

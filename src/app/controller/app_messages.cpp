@@ -1,6 +1,8 @@
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "app/controller/app_controller.hpp"
+#include "app/controller/history_view.hpp"
 #include "app/core/page_origin.hpp"
 #include "policy/platform_texts.hpp"
 
@@ -109,11 +111,20 @@ void AppController::runEmergencyPageAction(const std::string& action, const nloh
         engine_->probePermission("user pressed Check again", true);
     } else if (action == "dismissPerm") {
         engine_->dismissPermission();
+    } else if (action == "notify") {
+        setNotifyWhenHot(onFlag(body));
     } else if (action == "dismissManual") {
         engine_->dismissManual();
     } else {
         log("ui: unknown stagec action '" + action + "'");
     }
+}
+
+void AppController::cancelFromOutside() {
+    log("ui: countdown cancel asked from the desktop notification");
+    runEmergencyPageAction("cancel", nlohmann::json::object());
+    ui_.shownRender.clear();
+    tick();
 }
 
 void AppController::handleHeat(const nlohmann::json& body) {
@@ -130,7 +141,23 @@ void AppController::handleHeat(const nlohmann::json& body) {
         log("ui: rejected heat action '" + *action + "': missing/wrong token");
         return;
     }
+    if (*action == "history") {
+        sendHistory(body);
+        return;
+    }
     runHeat(*action);
+}
+
+void AppController::sendHistory(const nlohmann::json& body) {
+    const auto range = stringMember(body, "range");
+    if (!range || !historyRangeSeconds(*range)) {
+        log("ui: unknown history range '" + range.value_or("") + "'");
+        return;
+    }
+    // Until the file is read there is nothing to draw; the page asks again with a later push.
+    if (!history_ || !history_->store()) return;
+    const auto now = static_cast<std::int64_t>(std::floor(loop_.wallNow().secondsSinceEpoch));
+    shell_.evaluate(WebView::main, historyCall(historyView(*history_->store(), *range, now)));
 }
 
 void AppController::runHeat(const std::string& action) {

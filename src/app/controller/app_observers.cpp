@@ -3,6 +3,7 @@
 #include "app/controller/app_controller.hpp"
 #include "app/fleet/metrics_file.hpp"
 #include "app/fleet/observed_shutdowner.hpp"
+#include "metrics/backend_factory.hpp"
 
 namespace velmora {
 
@@ -17,7 +18,12 @@ void AppController::startObservers() {
             }));
         log("metrics: writing " + opts_.metricsFile.string() + " after every sample");
     }
-    if (observers_.empty()) return;
+    // History records the readings and levels; it has no use for the shutdown calls.
+    const bool countsShutdowns = !observers_.empty();
+    history_ = std::make_shared<HistoryRecorder>(opts_.dataDir, metricsRootFromEnvironment(),
+                                                 loop_.poster(), logSink());
+    observers_.push_back(history_);
+    if (!countsShutdowns) return;
     // Every power-off request is counted, whoever asked for it.
     std::weak_ptr<AppController*> weak = self_;
     shutdowner_ = std::make_shared<ObservedShutdowner>(shutdowner_, [weak] {

@@ -8,6 +8,7 @@
 #include "app/controller/app_controller.hpp"
 #include "app/core/bridge_scripts.hpp"
 #include "app/core/file_preferences.hpp"
+#include "app/core/notify_preference.hpp"
 #include "app/core/token.hpp"
 #include "engine/engine_text.hpp"
 #include "policy/constants.hpp"
@@ -35,6 +36,8 @@ AppController::AppController(LaunchOptions options, Shell& shell, MainLoop& loop
       services_(std::move(services)) {
     if (!services_.preferences) services_.preferences = std::make_unique<MemoryPreferences>();
     appearance_ = loadAppearance(*services_.preferences);
+    notifyWhenHot_ = loadNotifyWhenHot(*services_.preferences);
+    figureAsText_ = services_.preferences->text(figureAsTextKey) == "on";
     if (live_) live_->forcedThermal = opts_.forceThermal;
 }
 
@@ -56,6 +59,10 @@ void AppController::start() {
     startObservers();
     logSensorLines();
     buildEngine();
+    if (services_.connectCountdownCancel) {
+        services_.connectCountdownCancel(
+            guarded([](AppController& app) { app.cancelFromOutside(); }));
+    }
     createWindow();
     if (!opts_.noMenuItem) setupMenuBarItem();
     startEmergencyOrProbe();

@@ -6,8 +6,11 @@
 #include <functional>
 #include <vector>
 
+#include "app/core/heat_tooltip.hpp"
+#include "metrics/heat_cause.hpp"
 #include "metrics/live_model.hpp"
 #include "metrics/live_names.hpp"
+#include "policy/forecast.hpp"
 
 namespace velmora {
 
@@ -93,6 +96,21 @@ HeatColor heatItemColor(const LiveInputs& inputs) {
         default:
             return HeatColor::red;
     }
+}
+
+HeatItemDetails heatItemDetails(const LiveInputs& inputs) {
+    HeatItemDetails details;
+    if (inputs.cpuTemp && std::isfinite(inputs.cpuTemp->celsius)) {
+        details.celsius = inputs.cpuTemp->celsius;
+    }
+    std::optional<std::string> busiest;
+    if (inputs.heatCause) busiest = topProcessPhrase(*inputs.heatCause);
+    std::optional<std::string> forecast;
+    if (inputs.forecast) forecast = forecastPhrase(*inputs.forecast);
+    const auto tip = heatTooltip(liveLevel(inputs.thermal), details.celsius, busiest, forecast);
+    details.tooltipTitle = tip.title;
+    details.tooltipText = tip.text;
+    return details;
 }
 
 }  // namespace velmora

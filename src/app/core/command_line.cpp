@@ -124,7 +124,10 @@ class Scanner {
     }
 
     [[nodiscard]] bool nextIsValue() const {
-        return index_ + 1 < args_.size() && !args_[index_ + 1].starts_with('-');
+        // A lone "-" is a value: standard output, as for --export-history.
+        if (index_ + 1 >= args_.size()) return false;
+        const auto& next = args_[index_ + 1];
+        return next == "-" || !next.starts_with('-');
     }
 
     void refuse(std::string problem) {
@@ -140,6 +143,11 @@ class Scanner {
 
 ScannedArguments scanArguments(const std::vector<std::string>& args) {
     return Scanner(args).run();
+}
+
+bool switchGiven(const ScannedArguments& scanned, std::string_view name) {
+    return std::ranges::any_of(scanned.given,
+                               [&](const GivenSwitch& g) { return g.option->name == name; });
 }
 
 std::optional<std::string> commandLineProblem(const std::vector<std::string>& args) {

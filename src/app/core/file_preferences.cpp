@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "os/replace_file.hpp"
+
 namespace velmora {
 
 namespace {
@@ -20,16 +22,12 @@ std::optional<std::string> writeAtomically(const std::filesystem::path& file,
     std::error_code error;
     std::filesystem::create_directories(file.parent_path(), error);
     if (error) return "cannot create " + file.parent_path().string() + ": " + error.message();
-    auto temporary = file;
-    temporary += ".tmp";
-    {
-        std::ofstream out(temporary, std::ios::trunc);
-        out << contents;
-        out.flush();
-        if (!out) return "cannot write " + temporary.string();
+    const auto name = file.filename().string();
+    static_cast<void>(removeStrayTemporariesOf(file.parent_path(), {name}));
+    if (const auto failed = replaceFile(file, contents, {.mode = 0644})) {
+        return "cannot write " + file.string() + ": " +
+               std::generic_category().message(failed->code);
     }
-    std::filesystem::rename(temporary, file, error);
-    if (error) return "cannot replace " + file.string() + ": " + error.message();
     return std::nullopt;
 }
 

@@ -8,11 +8,6 @@ namespace velmora {
 
 namespace {
 
-bool has(const ScannedArguments& scanned, std::string_view name) {
-    return std::ranges::any_of(scanned.given,
-                               [&](const GivenSwitch& g) { return g.option->name == name; });
-}
-
 /// The value given with `name`, when it was given.
 std::optional<std::string> valueOf(const ScannedArguments& scanned, std::string_view name) {
     const auto found = std::ranges::find_if(
@@ -34,7 +29,7 @@ std::optional<bool> consentAnswer(const std::optional<std::string>& answer) {
 
 void noteProbeSwitchesWithoutDryRun(const ScannedArguments& scanned, LaunchOptions& opts) {
     for (const std::string_view name : {"--simulate-denied", "--real-probe"}) {
-        if (!opts.dryRun && has(scanned, name)) {
+        if (!opts.dryRun && switchGiven(scanned, name)) {
             opts.warnings.push_back(std::string(name) +
                                     " has no effect without --dry-run-shutdown or "
                                     "--test-emergency");
@@ -55,27 +50,30 @@ std::optional<LaunchOptions> LaunchOptions::parse(const std::vector<std::string>
     } else {
         return std::nullopt;
     }
-    opts.testEmergency = has(scanned, "--test-emergency");
+    opts.testEmergency = switchGiven(scanned, "--test-emergency");
     // A test emergency must never shut the machine down, so it always implies a dry run.
-    opts.dryRun = has(scanned, "--dry-run-shutdown") || opts.testEmergency;
-    opts.mute = has(scanned, "--mute");
-    opts.noMenuItem = has(scanned, "--no-menu-item");
+    opts.dryRun = switchGiven(scanned, "--dry-run-shutdown") || opts.testEmergency;
+    opts.mute = switchGiven(scanned, "--mute");
+    opts.noMenuItem = switchGiven(scanned, "--no-menu-item");
     if (opts.dryRun) {
-        opts.simulateDenied = has(scanned, "--simulate-denied");
-        opts.realProbe = has(scanned, "--real-probe");
+        opts.simulateDenied = switchGiven(scanned, "--simulate-denied");
+        opts.realProbe = switchGiven(scanned, "--real-probe");
     }
     noteProbeSwitchesWithoutDryRun(scanned, opts);
-    opts.headless = has(scanned, "--headless");
+    opts.headless = switchGiven(scanned, "--headless");
     if (const auto name = valueOf(scanned, "--force-thermal")) {
         opts.forceThermal = thermalStateNamed(*name);
     }
     opts.consent = consentAnswer(valueOf(scanned, "--consent"));
-    opts.diagnose = has(scanned, "--diagnose");
+    opts.diagnose = switchGiven(scanned, "--diagnose");
     if (const auto path = valueOf(scanned, "--metrics-file")) {
         opts.metricsFile = resolveUserPath(*path, env);
     }
-    opts.help = has(scanned, "--help");
-    opts.version = has(scanned, "--version");
+    if (const auto target = valueOf(scanned, "--export-history")) {
+        opts.exportHistory = *target == "-" ? *target : resolveUserPath(*target, env).string();
+    }
+    opts.help = switchGiven(scanned, "--help");
+    opts.version = switchGiven(scanned, "--version");
     return opts;
 }
 

@@ -67,7 +67,14 @@ constexpr std::string_view files =
     "One line per event.\n"
     "Past 1,000,000 bytes it is renamed to\n"
     ".I heat.log.1\n"
-    "(replacing the one before) and a new log begins.\n";
+    "(replacing the one before) and a new log begins.\n"
+    ".TP\n.I history.bin\n"
+    "The last 30 days of readings at falling resolution (1 s, 10 s, 1 min, 15 min), in a file "
+    "of fixed size with a checksum on every record; written every 10 s and flushed when the "
+    "level rises. A damaged or foreign one is renamed to\n"
+    ".I history.bad\n"
+    "and a new history begins. See\n"
+    ".BR \\-\\-export\\-history .\n";
 
 constexpr std::string_view exitStatus =
     ".SH EXIT STATUS\n"
@@ -109,8 +116,9 @@ std::string bashCompletion() {
         names += option.name;
         if (!option.takesValue()) continue;
         valueCases += "    " + std::string(option.name) + ")\n";
+        const std::string kind = option.valueName == "FILE" ? "-f" : "-d";
         valueCases += option.choices.empty()
-                          ? "      mapfile -t COMPREPLY < <(compgen -d -- \"$cur\")\n"
+                          ? "      mapfile -t COMPREPLY < <(compgen " + kind + " -- \"$cur\")\n"
                           : "      mapfile -t COMPREPLY < <(compgen -W \"" +
                                 std::string(option.choices) + "\" -- \"$cur\")\n";
         valueCases += "      return ;;\n";

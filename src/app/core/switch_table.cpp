@@ -7,7 +7,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::array<Switch, 14> switches{{
+constexpr std::array<Switch, 15> switches{{
     {"--data-dir", "PATH", "",
      "Keep heat.log, settings.json and the shutdown marker in PATH (default: "
      "$XDG_DATA_HOME/velmora-heat-monitor, else ~/.local/share/velmora-heat-monitor). A "
@@ -29,6 +29,9 @@ constexpr std::array<Switch, 14> switches{{
     {"--metrics-file", "PATH", "",
      "After every sample, write the live state to PATH in the Prometheus text format, for "
      "node_exporter's textfile collector (PATH should end in .prom)."},
+    {"--export-history", "FILE", "",
+     "Write the kept history of the data directory to FILE as CSV ('-' for standard output), "
+     "then exit. Safe while a watchdog runs on the same directory."},
     {"--help", "", "", "Print this text and exit."},
     {"--version", "", "", "Print the version and exit."},
 }};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <tuple>
 
@@ -70,6 +71,26 @@ void addStates(PrometheusText& out, const LiveInputs& live, const WatchdogFigure
     out.family("velmora_thermal_state_forced", "gauge",
                "1 when the thermal state is forced for a test.");
     out.sample(flag(live.forced));
+}
+
+// Left out while there is no critical ETA, like every absent figure.
+void addForecast(PrometheusText& out, const LiveInputs& live) {
+    out.family("velmora_critical_eta_seconds", "gauge",
+               "Forecast seconds until the hottest source reaches its critical limit; advisory.");
+    if (live.forecast && live.forecast->kind == ForecastKind::critical && live.forecast->eta) {
+        out.sample(std::round(live.forecast->eta->count()));
+    }
+}
+
+// Only above NORMAL, where the heat cause is measured; names are label values, escaped there.
+void addBusiestProcesses(PrometheusText& out, const LiveInputs& live) {
+    out.family("velmora_busiest_process_cores", "gauge",
+               "CPU used by each of the busiest processes since the heat rose, in cores.");
+    if (!live.heatCause) return;
+    for (const ProcessShare& process : live.heatCause->processes) {
+        out.sample(process.percent / 100.0,
+                   {{"process", process.name}, {"pid", std::to_string(process.pid)}});
+    }
 }
 
 void addFansAndPower(PrometheusText& out, const LiveInputs& live) {
@@ -147,6 +168,8 @@ std::string fleetMetricsText(const LiveInputs& live, const WatchdogFigures& watc
     addTemperatures(out, live.sensors);
     addLimits(out, limits);
     addStates(out, live, watchdog);
+    addForecast(out, live);
+    addBusiestProcesses(out, live);
     addFansAndPower(out, live);
     addCpuAndMemory(out, live);
     addMemoryAndBattery(out, live);

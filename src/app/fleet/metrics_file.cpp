@@ -1,15 +1,9 @@
 #include "app/fleet/metrics_file.hpp"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <nlohmann/json.hpp>
 
-#include "os/unique_fd.hpp"
-#include "os/whole_file.hpp"
+#include "os/replace_file.hpp"
 
 namespace velmora {
 
@@ -24,7 +18,10 @@ std::string reasonText(int error) {
 }  // namespace
 
 MetricsFile::MetricsFile(std::filesystem::path path, LogSink log, Limits limits)
-    : path_(std::move(path)), log_(std::move(log)), limits_(std::move(limits)) {}
+    : path_(std::move(path)), log_(std::move(log)), limits_(std::move(limits)) {
+    // What an earlier run killed mid-write left beside the file.
+    static_cast<void>(removeStrayTemporariesOf(path_.parent_path(), {path_.filename().string()}));
+}
 
 void MetricsFile::ticked(const nlohmann::json& view) {
     // A simulated emergency is a test of the presentation, not an emergency of this machine.
@@ -56,21 +53,11 @@ void MetricsFile::sampled(const LiveInputs& inputs, Timestamp now) {
 }
 
 std::optional<std::string> MetricsFile::write(const std::string& text) const {
-    // The collector reads only names ending in ".prom", so the temporary name is never read.
-    const std::filesystem::path temporary = path_.string() + ".tmp";
-    {
-        const UniqueFd fd(
-            ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
-        if (!fd.valid()) return reasonText(errno);
-        if (const int error = writeAll(fd.get(), text); error != 0) {
-            static_cast<void>(::unlink(temporary.c_str()));
-            return reasonText(error);
-        }
-    }
-    if (::rename(temporary.c_str(), path_.c_str()) != 0) {
-        const int error = errno;
-        static_cast<void>(::unlink(temporary.c_str()));
-        return reasonText(error);
+    // Rewritten after every sample: a power cut may lose it, a reader must never see half of
+    // it, and the collector runs as another user. The collector reads only names ending in
+    // ".prom", so the temporary name is never read.
+    if (const auto failed = replaceFile(path_, text, {.mode = 0644, .durable = false})) {
+        return reasonText(failed->code);
     }
     return std::nullopt;
 }

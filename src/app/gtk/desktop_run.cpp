@@ -14,8 +14,8 @@
 #include <utility>
 
 #include "app/controller/app_controller.hpp"
+#include "app/controller/start_report.hpp"
 #include "app/core/appearance.hpp"
-#include "app/core/data_dir_check.hpp"
 #include "app/gtk/gtk_shell.hpp"
 #include "app/gtk/page_view.hpp"
 #include "app/headless/glib_main_loop.hpp"
@@ -23,6 +23,10 @@
 namespace velmora {
 
 bool openDesktopDisplay() {
+    // The pages are static: without accelerated compositing neither this process nor a web
+    // process sets up GL, where the settings' policy alone still leaves a GL context and its
+    // buffers in each. Read when the display opens, so set first; a user's own choice wins.
+    g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", FALSE);
     return gtk_init_check(nullptr, nullptr) == TRUE;
 }
 
@@ -46,7 +50,6 @@ class DesktopRun {
     static gboolean onSignal(gpointer application);
     static int onDisplayLost(Display* display);
     void start(GtkApplication* application);
-    void reportStartProblems() const;
 
     static DesktopRun* current_;
 
@@ -133,24 +136,15 @@ void DesktopRun::start(GtkApplication* application) {
         .menu = [&app](MenuAction action) { app.menuAction(action); },
         .windowClosed = [&app] { app.windowClosed(); },
         .heatItemActivated = [&app] { app.toggleMenuPopover(); },
+        .mainViewSeenAgain = [&app] { app.mainViewSeenAgain(); },
     });
     if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) XSetIOErrorHandler(onDisplayLost);
     app.start();
     if (sandboxNote) app.log(*sandboxNote);
-    reportStartProblems();
+    reportStartProblems(app);
     if (hooks_.started) {
         DesktopSession session{application, *shell_, app};
         hooks_.started(session);
-    }
-}
-
-void DesktopRun::reportStartProblems() const {
-    if (const auto problem = dataDirProblem(app_->options().dataDir)) {
-        std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
-    }
-    if (app_->options().consent && !app_->engine()->settingsInForce().consentRecorded) {
-        std::fprintf(stderr, "velmora-heat-monitor: could not record consent in %s\n",
-                     app_->engine()->settingsFile().c_str());
     }
 }
 

@@ -54,6 +54,7 @@ void GtkShell::createMainWindow(const std::string& title, Size contentSize) {
     gtk_window_set_default_size(window_, static_cast<int>(frame.width),
                                 static_cast<int>(frame.height));
     g_signal_connect(window_, "delete-event", G_CALLBACK(onDelete), this);
+    watchVisibility();
     addMenuActions();
 }
 
@@ -162,11 +163,20 @@ std::optional<std::filesystem::path> GtkShell::pageFile(std::string_view name) c
 
 void GtkShell::loadPage(WebView view, const std::filesystem::path& file,
                         const std::filesystem::path& readAccess) {
-    if (auto* page = pageView(view)) page->load(file, readAccess);
+    // The popup keeps its page for the view it makes each time it opens.
+    if (view == WebView::menu && popup_) {
+        popup_->setPage(file, readAccess);
+    } else if (auto* page = pageView(view)) {
+        page->load(file, readAccess);
+    }
 }
 
 void GtkShell::setDocumentStartScript(WebView view, const std::string& source) {
-    if (auto* page = pageView(view)) page->setDocumentStartScript(source);
+    if (view == WebView::menu && popup_) {
+        popup_->setDocumentStartScript(source);
+    } else if (auto* page = pageView(view)) {
+        page->setDocumentStartScript(source);
+    }
 }
 
 void GtkShell::evaluate(WebView view, const std::string& script) {
@@ -191,6 +201,10 @@ void GtkShell::addMenuActions() {
 }
 
 void GtkShell::setMenuItemChecked(MenuAction action, bool checked) {
+    if (action == MenuAction::notifyWhenHot || action == MenuAction::figureAsText) {
+        checkHeatItemEntry(action, checked);
+        return;
+    }
     const auto pref = appearanceOf(action);
     if (!pref || !checked) return;  // a radio group: checking one unchecks the others
     showAppearanceChecked(G_ACTION_MAP(application_), *pref);

@@ -10,7 +10,7 @@ namespace velmora {
 
 PageView* GtkShell::pageView(WebView view) const {
     if (view == WebView::main) return mainView_.get();
-    return popup_ ? &popup_->view() : nullptr;
+    return popup_ ? popup_->view() : nullptr;
 }
 
 void GtkShell::addOwnIcons() const {
@@ -34,8 +34,7 @@ void GtkShell::createHeatItem(const std::string& title, const std::string& docum
                                                             if (events_.pageFinished)
                                                                 events_.pageFinished(WebView::menu);
                                                         }});
-    // Installed once: later theme changes reach the popup through the theme call.
-    popup_->view().setDocumentStartScript(documentStartScript);
+    popup_->setDocumentStartScript(documentStartScript);
     heatItem_ = std::make_unique<HeatItem>(title, iconSearchPath(resources_), heatItemActions());
     heatItem_->setAppearance(appearance_);
     const auto entry = autostartEntryPath(PlatformEnvironment::current());
@@ -60,6 +59,9 @@ HeatItemActions GtkShell::heatItemActions() {
         if (events_.menu) events_.menu(appearanceAction(pref));
     };
     actions.startAtLogin = [this](bool on) { return switchStartAtLogin(on); };
+    // The check mark has moved already; the controller keeps the choice and confirms it.
+    actions.notifyWhenHot = [menu](bool /*on*/) { menu(MenuAction::notifyWhenHot)(); };
+    actions.figureAsText = [menu](bool /*on*/) { menu(MenuAction::figureAsText)(); };
     actions.quit = menu(MenuAction::quit);
     actions.log = log_;
     return actions;
@@ -79,6 +81,16 @@ bool GtkShell::switchStartAtLogin(bool on) {
         log_(std::string("ui: start at login ") + (on ? "on" : "off"));
     }
     return autostartEnabled(*entry);
+}
+
+void GtkShell::setHeatItemDetails(const HeatItemDetails& details) {
+    if (heatItem_) heatItem_->setDetails(details);
+}
+
+void GtkShell::checkHeatItemEntry(MenuAction action, bool checked) {
+    if (!heatItem_) return;
+    if (action == MenuAction::notifyWhenHot) heatItem_->setNotifyWhenHot(checked);
+    if (action == MenuAction::figureAsText) heatItem_->setFigureAsText(checked);
 }
 
 void GtkShell::setHeatItemTitle(const std::string& title, HeatColor color) {

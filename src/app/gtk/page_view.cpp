@@ -51,6 +51,8 @@ std::optional<std::string> prepareWebContext(const std::filesystem::path& resour
     static std::optional<std::optional<std::string>> prepared;
     if (prepared) return *prepared;
     auto* context = webkit_web_context_get_default();
+    // A few local pages that are never browsed: no page cache, and the smallest memory caches.
+    webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     if (const auto problem = sandboxProblem()) {
         prepared = "ui: web sandbox not available (" + *problem + "); pages run without it";
         return *prepared;
@@ -82,6 +84,12 @@ void configureSettings(WebKitWebView* view) {
     webkit_settings_set_enable_webgl(settings, FALSE);
     webkit_settings_set_enable_back_forward_navigation_gestures(settings, FALSE);
     webkit_settings_set_enable_smooth_scrolling(settings, FALSE);
+    // Static pages that change a few texts a second gain nothing from GL compositing, which
+    // costs a GL context, its buffers and, on machines without a GPU, software rendering of
+    // every frame: about a third of the window's memory.
+    webkit_settings_set_hardware_acceleration_policy(settings,
+                                                     WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+    webkit_settings_set_enable_page_cache(settings, FALSE);
 }
 
 }  // namespace

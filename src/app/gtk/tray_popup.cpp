@@ -13,7 +13,11 @@ namespace velmora {
 
 TrayPopup::TrayPopup(Size size, const std::filesystem::path& pages, LogSink log,
                      PageView::Callbacks callbacks)
-    : size_(size), window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))) {
+    : size_(size),
+      pages_(pages),
+      log_(std::move(log)),
+      callbacks_(std::move(callbacks)),
+      window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))) {
     g_object_ref_sink(window_);
     gtk_window_set_title(window_, "Live readings");
     gtk_window_set_icon_name(window_, std::string(bundleIdentifier).c_str());
@@ -24,13 +28,8 @@ TrayPopup::TrayPopup(Size size, const std::filesystem::path& pages, LogSink log,
     gtk_window_set_skip_pager_hint(window_, TRUE);
     // A utility window still takes the keyboard focus, which Escape and focus loss need.
     gtk_window_set_type_hint(window_, GDK_WINDOW_TYPE_HINT_UTILITY);
-    view_ = std::make_unique<PageView>(WebView::menu, std::vector<std::string>{"theme"}, pages,
-                                       std::move(log), std::move(callbacks));
-    const int width = static_cast<int>(size.width);
-    const int height = static_cast<int>(size.height);
-    gtk_widget_set_size_request(view_->widget(), width, height);
-    gtk_window_set_default_size(window_, width, height);
-    gtk_container_add(GTK_CONTAINER(window_), view_->widget());
+    gtk_window_set_default_size(window_, static_cast<int>(size.width),
+                                static_cast<int>(size.height));
     g_signal_connect(window_, "key-press-event", G_CALLBACK(onKey), this);
     g_signal_connect(window_, "focus-out-event", G_CALLBACK(onFocusOut), this);
     g_signal_connect(window_, "delete-event", G_CALLBACK(onDelete), this);
@@ -38,14 +37,42 @@ TrayPopup::TrayPopup(Size size, const std::filesystem::path& pages, LogSink log,
 
 TrayPopup::~TrayPopup() {
     g_signal_handlers_disconnect_by_data(window_, this);
-    // The view's widget goes with the window; the view object must not outlive it.
-    gtk_container_remove(GTK_CONTAINER(window_), view_->widget());
-    view_.reset();
+    if (releaseSource_ != 0) g_source_remove(releaseSource_);
+    releaseView();
     gtk_widget_destroy(GTK_WIDGET(window_));
     g_object_unref(window_);
 }
 
+void TrayPopup::setPage(const std::filesystem::path& file,
+                        const std::filesystem::path& readAccess) {
+    page_.emplace(file, readAccess);
+    if (view_) view_->load(file, readAccess);
+}
+
+void TrayPopup::setDocumentStartScript(const std::string& source) {
+    startScript_ = source;
+    if (view_) view_->setDocumentStartScript(source);
+}
+
+void TrayPopup::createView() {
+    view_ = std::make_unique<PageView>(WebView::menu, std::vector<std::string>{"theme"}, pages_,
+                                       log_, callbacks_);
+    gtk_widget_set_size_request(view_->widget(), static_cast<int>(size_.width),
+                                static_cast<int>(size_.height));
+    gtk_container_add(GTK_CONTAINER(window_), view_->widget());
+    if (!startScript_.empty()) view_->setDocumentStartScript(startScript_);
+    if (page_) view_->load(page_->first, page_->second);
+}
+
+// The view's widget goes with the window's child; the view object must not outlive it.
+void TrayPopup::releaseView() {
+    if (!view_) return;
+    gtk_container_remove(GTK_CONTAINER(window_), view_->widget());
+    view_.reset();
+}
+
 void TrayPopup::show() {
+    if (!view_) createView();
     placeNearPointer();
     gtk_widget_show_all(GTK_WIDGET(window_));
     gtk_window_present(window_);
@@ -53,6 +80,15 @@ void TrayPopup::show() {
 
 void TrayPopup::close() {
     gtk_widget_hide(GTK_WIDGET(window_));
+    // Released once the event that closed it is over, unless it opened again meanwhile.
+    if (releaseSource_ == 0) releaseSource_ = g_idle_add(onIdleRelease, this);
+}
+
+gboolean TrayPopup::onIdleRelease(gpointer self) {
+    auto* popup = static_cast<TrayPopup*>(self);
+    popup->releaseSource_ = 0;
+    if (!popup->shown()) popup->releaseView();
+    return G_SOURCE_REMOVE;
 }
 
 bool TrayPopup::shown() const {
@@ -88,7 +124,7 @@ gboolean TrayPopup::onFocusOut(GtkWidget* /*widget*/, GdkEventFocus* /*event*/, 
 
 gboolean TrayPopup::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpointer self) {
     static_cast<TrayPopup*>(self)->close();
-    return TRUE;  // kept for the next opening
+    return TRUE;  // the window is kept for the next opening
 }
 
 }  // namespace velmora

@@ -3,11 +3,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <optional>
 #include <variant>
 
-#include "app/core/data_dir_check.hpp"
+#include "app/controller/start_report.hpp"
 #include "app/core/exit_deadline.hpp"
 #include "app/core/instance_lock.hpp"
 #include "app/headless/glib_main_loop.hpp"
@@ -16,19 +15,6 @@
 namespace velmora {
 
 namespace {
-
-/// Start-up problems the log cannot tell, because they may keep the log from being written.
-void reportStartProblems(const AppController& app) {
-    if (const auto problem = dataDirProblem(app.options().dataDir)) {
-        std::fprintf(stderr, "velmora-heat-monitor: %s\n", problem->c_str());
-    }
-    if (app.options().consent && !app.startConsentSaved()) {
-        std::fprintf(stderr,
-                     "velmora-heat-monitor: could not save the consent answer in %s; it holds "
-                     "until this run ends\n",
-                     app.engine()->settingsFile().c_str());
-    }
-}
 
 // How long the clean-up after a quit request may take before the process ends regardless.
 constexpr std::chrono::milliseconds kQuitDeadline{1500};

@@ -1,6 +1,5 @@
 #include "app/linux/autostart.hpp"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,7 +7,7 @@
 #include <system_error>
 
 #include "app/core/appearance.hpp"
-#include "os/unique_fd.hpp"
+#include "os/replace_file.hpp"
 #include "os/whole_file.hpp"
 #include "policy/constants.hpp"
 
@@ -39,21 +38,11 @@ std::optional<std::string> writeReplacing(const std::filesystem::path& file,
     std::error_code error;
     std::filesystem::create_directories(file.parent_path(), error);
     if (error) return "cannot create " + file.parent_path().string() + ": " + error.message();
-    auto temporary = file;
-    temporary += ".tmp";
-    UniqueFd fd(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
-    if (!fd.valid()) return "cannot write " + temporary.string() + ": " + errnoText(errno);
-    if (const int failed = writeAll(fd.get(), contents); failed != 0 || ::fsync(fd.get()) != 0) {
-        const int why = failed != 0 ? failed : errno;
-        ::unlink(temporary.c_str());
-        return "cannot write " + temporary.string() + ": " + errnoText(why);
-    }
-    fd.reset();
-    std::filesystem::rename(temporary, file, error);
-    if (error) {
-        ::unlink(temporary.c_str());
-        return "cannot replace " + file.string() + ": " + error.message();
+    const auto name = file.filename().string();
+    static_cast<void>(removeStrayTemporariesOf(file.parent_path(), {name}));
+    // The session reads the entry as the user; other programs may list it too.
+    if (const auto failed = replaceFile(file, contents, {.mode = 0644})) {
+        return "cannot write " + file.string() + ": " + errnoText(failed->code);
     }
     return std::nullopt;
 }

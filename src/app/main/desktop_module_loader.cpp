@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "app/core/desktop_module.hpp"
+#include "policy/constants.hpp"
 
 namespace velmora {
 
@@ -17,6 +18,16 @@ std::filesystem::path findModule(const std::filesystem::path& executable) {
 
 }  // namespace
 
+std::optional<std::string> desktopModuleMismatch(const DesktopModule& module) {
+    const std::string_view version =
+        module.version != nullptr ? std::string_view(module.version) : std::string_view();
+    if (module.abi == desktopModuleAbi && version == watchdog::version) return std::nullopt;
+    return "interface " + std::to_string(module.abi) + " of version " +
+           (version.empty() ? std::string("(none)") : std::string(version)) +
+           ", but this program needs interface " + std::to_string(desktopModuleAbi) +
+           " of version " + std::string(watchdog::version);
+}
+
 std::variant<int, DesktopUnavailable> runDesktopModule(const LaunchOptions& opts,
                                                        const PlatformEnvironment& env,
                                                        const std::filesystem::path& resources,
@@ -30,15 +41,18 @@ std::variant<int, DesktopUnavailable> runDesktopModule(const LaunchOptions& opts
         return DesktopUnavailable{"the desktop window cannot be loaded (" +
                                   std::string(why != nullptr ? why : module.string()) + ")"};
     }
-    auto* symbol = dlsym(handle, desktopEntryName);
-    if (symbol == nullptr) {
+    const auto* entry = static_cast<const DesktopModule*>(dlsym(handle, desktopEntryName));
+    if (entry == nullptr) {
         return DesktopUnavailable{"the desktop window's module " + module.string() +
                                   " has no entry point"};
     }
-    const auto entry = reinterpret_cast<DesktopEntry>(symbol);
+    if (const auto mismatch = desktopModuleMismatch(*entry)) {
+        return DesktopUnavailable{"the desktop window's module " + module.string() +
+                                  " does not belong to this program (" + *mismatch + ")"};
+    }
     const std::string resourceText = resources.string();
     const DesktopRequest request{&opts, &env, resourceText.c_str()};
-    const int status = entry(&request);
+    const int status = entry->run(&request);
     if (status == desktopNoDisplay) return DesktopUnavailable{"cannot open the display"};
     return status;
 }

@@ -2,7 +2,9 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <array>
+#include <map>
 
 namespace velmora {
 
@@ -24,8 +26,27 @@ using NameFn = int (*)(NvmlDevice, char*, unsigned int);
 using ThresholdFn = int (*)(NvmlDevice, int, unsigned int*);
 using ThrottleFn = int (*)(NvmlDevice, unsigned long long*);
 using PowerFn = int (*)(NvmlDevice, unsigned int*);
+struct NvmlProcessInfo {
+    unsigned int pid;
+    unsigned long long usedGpuMemory;
+    unsigned int gpuInstanceId;
+    unsigned int computeInstanceId;
+};
+struct NvmlProcessSample {
+    unsigned int pid;
+    unsigned long long timeStamp;
+    unsigned int smUtil;
+    unsigned int memUtil;
+    unsigned int encUtil;
+    unsigned int decUtil;
+};
+using ProcessListFn = int (*)(NvmlDevice, unsigned int*, NvmlProcessInfo*);
+using ProcessSamplesFn = int (*)(NvmlDevice, NvmlProcessSample*, unsigned int*, unsigned long long);
 
 constexpr int kSuccess = 0;
+constexpr int kInsufficientSize = 7;
+// Room for processes that start between asking how many there are and listing them.
+constexpr unsigned int kListSlack = 8;
 constexpr int kGpuTemperature = 0;
 // nvmlTemperatureThresholds_t
 constexpr int kThresholdShutdown = 0;
@@ -52,6 +73,11 @@ class NvmlLibrary final : public GpuVendorLibrary {
         threshold_ = symbol<ThresholdFn>(handle, "nvmlDeviceGetTemperatureThreshold");
         throttle_ = symbol<ThrottleFn>(handle, "nvmlDeviceGetCurrentClocksThrottleReasons");
         power_ = symbol<PowerFn>(handle, "nvmlDeviceGetPowerUsage");
+        computeProcesses_ =
+            symbol<ProcessListFn>(handle, "nvmlDeviceGetComputeRunningProcesses_v3");
+        graphicsProcesses_ =
+            symbol<ProcessListFn>(handle, "nvmlDeviceGetGraphicsRunningProcesses_v3");
+        processSamples_ = symbol<ProcessSamplesFn>(handle, "nvmlDeviceGetProcessUtilization");
     }
     ~NvmlLibrary() override {
         if (shutdown_) shutdown_();
@@ -86,7 +112,63 @@ class NvmlLibrary final : public GpuVendorLibrary {
         return gpus;
     }
 
+    std::vector<GpuProcessUse> processes() override {
+        std::map<unsigned int, std::optional<double>> found;
+        for (NvmlDevice device : devices_) {
+            for (const auto list : {computeProcesses_, graphicsProcesses_}) {
+                for (const unsigned int pid : listProcesses(list, device))
+                    found.try_emplace(pid);
+            }
+            for (const auto& [pid, percent] : processShares(device)) {
+                auto& kept = found[pid];
+                kept = std::max(kept.value_or(0.0), percent);
+            }
+        }
+        std::vector<GpuProcessUse> uses;
+        uses.reserve(found.size());
+        for (const auto& [pid, percent] : found)
+            uses.push_back(GpuProcessUse{pid, percent});
+        return uses;
+    }
+
   private:
+    static std::vector<unsigned int> listProcesses(ProcessListFn list, NvmlDevice device) {
+        std::vector<unsigned int> pids;
+        unsigned int count = 0;
+        if (!list) return pids;
+        const int asked = list(device, &count, nullptr);
+        if (asked != kSuccess && asked != kInsufficientSize) return pids;
+        if (count == 0) return pids;
+        std::vector<NvmlProcessInfo> infos(count + kListSlack);
+        count = static_cast<unsigned int>(infos.size());
+        if (list(device, &count, infos.data()) != kSuccess) return pids;
+        for (unsigned int i = 0; i < count && i < infos.size(); ++i)
+            pids.push_back(infos[i].pid);
+        return pids;
+    }
+
+    // The mean SM share of each process over the samples the driver still holds.
+    std::map<unsigned int, double> processShares(NvmlDevice device) const {
+        std::map<unsigned int, double> shares;
+        unsigned int count = 0;
+        if (!processSamples_) return shares;
+        if (processSamples_(device, nullptr, &count, 0) != kInsufficientSize || count == 0) {
+            return shares;
+        }
+        std::vector<NvmlProcessSample> samples(count + kListSlack);
+        count = static_cast<unsigned int>(samples.size());
+        if (processSamples_(device, samples.data(), &count, 0) != kSuccess) return shares;
+        std::map<unsigned int, std::pair<double, int>> sums;
+        for (unsigned int i = 0; i < count && i < samples.size(); ++i) {
+            auto& [sum, n] = sums[samples[i].pid];
+            sum += samples[i].smUtil;
+            ++n;
+        }
+        for (const auto& [pid, sum] : sums)
+            shares[pid] = std::min(100.0, sum.first / sum.second);
+        return shares;
+    }
+
     VendorGpu readDevice(NvmlDevice device) const {
         VendorGpu gpu{"NVIDIA GPU", std::nullopt, std::nullopt};
         std::array<char, 96> name{};
@@ -127,6 +209,9 @@ class NvmlLibrary final : public GpuVendorLibrary {
     ThresholdFn threshold_ = nullptr;
     ThrottleFn throttle_ = nullptr;
     PowerFn power_ = nullptr;
+    ProcessListFn computeProcesses_ = nullptr;
+    ProcessListFn graphicsProcesses_ = nullptr;
+    ProcessSamplesFn processSamples_ = nullptr;
     std::vector<NvmlDevice> devices_;
     std::vector<GpuThresholds> thresholds_;
 };

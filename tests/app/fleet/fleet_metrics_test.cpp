@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -139,10 +140,42 @@ TEST(FleetMetrics, AbsentFiguresAreLeftOutRatherThanWrittenAsZero) {
          {"velmora_sensor_temperature_celsius", "velmora_cpu_busy_ratio", "velmora_heat_level",
           "velmora_cpu_core_busy_ratio", "velmora_memory_used_bytes",
           "velmora_battery_charge_ratio", "velmora_countdown_remaining_seconds",
-          "velmora_power_watts", "velmora_fan_speed_rpm"}) {
+          "velmora_power_watts", "velmora_fan_speed_rpm", "velmora_critical_eta_seconds"}) {
         EXPECT_EQ(check.count(absent), 0U) << absent;
     }
     EXPECT_EQ(check.value("velmora_emergencies_total"), 0.0);  // a count of none is a real 0
+}
+
+TEST(FleetMetrics, TheCriticalEtaIsWrittenOnlyWhileTheForecastHasOne) {
+    LiveInputs live;
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds(238.6);
+    live.forecast = forecast;
+    auto check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems);
+    EXPECT_EQ(check.value("velmora_critical_eta_seconds"), 239.0);
+    forecast.kind = ForecastKind::levelling;
+    forecast.eta.reset();
+    forecast.levelC = 88.0;
+    live.forecast = forecast;
+    check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_EQ(check.count("velmora_critical_eta_seconds"), 0U);
+}
+
+TEST(FleetMetrics, TheBusiestProcessesAreWrittenWithTheirNamesAsLabels) {
+    LiveInputs live;
+    auto check = checkExposition(fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0)));
+    EXPECT_EQ(check.count("velmora_busiest_process_cores"), 0U);
+    live.heatCause = HeatCause{
+        {ProcessShare{"cc1plus", 977, 96.0}, ProcessShare{"a \"b\"\nc", 12, 35.0}}, {}, {}, {}};
+    const auto text = fleetMetricsText(live, {}, {}, Timestamp::fromSeconds(1.0));
+    check = checkExposition(text);
+    EXPECT_TRUE(check.problems.empty()) << ::testing::PrintToString(check.problems) << text;
+    EXPECT_EQ(check.count("velmora_busiest_process_cores"), 2U);
+    EXPECT_NE(text.find(R"(velmora_busiest_process_cores{process="cc1plus",pid="977"} 0.96)"),
+              std::string::npos)
+        << text;
 }
 
 TEST(ExpositionCheck, CatchesWhatTheCollectorWouldRefuse) {
@@ -170,6 +203,14 @@ class MetricsFileTest : public ::testing::Test {
     std::string contents() const {
         std::ifstream in(path_);
         return {std::istreambuf_iterator<char>(in), {}};
+    }
+    /// What a folder holds: the file alone, no temporary beside it.
+    static std::vector<std::string> entries(const std::filesystem::path& dir) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(dir))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
     }
     static nlohmann::json view(int level, const std::string& state, std::int64_t remaining = 0,
                                bool sim = false) {
@@ -212,7 +253,7 @@ TEST_F(MetricsFileTest, WritesAWholeValidFileAfterEachSampleAndLeavesNoTemporary
               80.0);
     metrics.sampled(LiveInputs{}, Timestamp::fromSeconds(6));
     EXPECT_EQ(checkExposition(contents()).value("velmora_last_sample_timestamp_seconds"), 6.0);
-    EXPECT_FALSE(std::filesystem::exists(path_.string() + ".tmp"));
+    EXPECT_EQ(entries(path_.parent_path()), std::vector<std::string>{"velmora.prom"});
     EXPECT_TRUE(logged_.empty());
 }
 
@@ -229,7 +270,7 @@ TEST_F(MetricsFileTest, AFailedWriteIsLoggedOnceAndItsRecoveryToo) {
     ASSERT_EQ(logged_.size(), 2U);
     EXPECT_EQ(logged_[1], "metrics: writing " + path_.string() + " again");
     EXPECT_TRUE(std::filesystem::exists(path_));
-    EXPECT_FALSE(std::filesystem::exists(path_.string() + ".tmp"));
+    EXPECT_EQ(entries(path_.parent_path()), std::vector<std::string>{"velmora.prom"});
 }
 
 TEST_F(MetricsFileTest, PromtoolAcceptsTheFile) {

@@ -6,9 +6,10 @@
 //   gpuI.name TEXT            gpuI.temp C        gpuI.busy PERCENT     gpuI.power_mw MILLIWATTS
 //   gpuI.slowdown C           gpuI.shutdown C    gpuI.gpu_max C        gpuI.memory_max C
 //   gpuI.throttle MASK        (NVML's clocks throttle reason bits, decimal or 0x...)
+//   gpuI.procs PID:SM ...     processes running on it and their SM share ("-" for no sample)
 // A value that is not given reads as "not supported".
-// Built with FAKE_NVML_BASIC it lacks the threshold, throttle and power entry points, as old
-// drivers do.
+// Built with FAKE_NVML_BASIC it lacks the threshold, throttle, power and process entry points,
+// as old drivers do.
 
 #include <array>
 #include <cstdlib>
@@ -17,12 +18,16 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 constexpr int kSuccess = 0;
 constexpr int kInvalidArgument = 2;
 constexpr int kNotSupported = 3;
+constexpr int kNotFound = 6;
+constexpr int kInsufficientSize = 7;
 constexpr int kUnknownError = 999;
 
 struct Device {
@@ -73,9 +78,43 @@ int readUnsigned(void* device, const char* entry, const char* key, unsigned int*
     return kSuccess;
 }
 
+// "77:60 88:-" as (pid, SM share or -1 for no sample).
+[[maybe_unused]] std::vector<std::pair<unsigned int, long>> deviceProcesses(
+    const std::map<std::string, std::string>& values, void* device) {
+    std::vector<std::pair<unsigned int, long>> procs;
+    const std::string* text = device ? deviceValue(values, device, "procs") : nullptr;
+    if (!text) return procs;
+    std::istringstream words(*text);
+    std::string word;
+    while (words >> word) {
+        const auto colon = word.find(':');
+        if (colon == std::string::npos) continue;
+        const std::string share = word.substr(colon + 1);
+        procs.emplace_back(static_cast<unsigned int>(std::stoul(word.substr(0, colon))),
+                           share == "-" ? -1L : std::stol(share));
+    }
+    return procs;
+}
+
 }  // namespace
 
 extern "C" {
+
+struct FakeProcessInfo {
+    unsigned int pid;
+    unsigned long long usedGpuMemory;
+    unsigned int gpuInstanceId;
+    unsigned int computeInstanceId;
+};
+
+struct FakeProcessSample {
+    unsigned int pid;
+    unsigned long long timeStamp;
+    unsigned int smUtil;
+    unsigned int memUtil;
+    unsigned int encUtil;
+    unsigned int decUtil;
+};
 
 struct FakeUtilization {
     unsigned int gpu;
@@ -153,6 +192,40 @@ __attribute__((visibility("default"))) int nvmlDeviceGetCurrentClocksThrottleRea
 __attribute__((visibility("default"))) int nvmlDeviceGetPowerUsage(void* device,
                                                                    unsigned int* milliwatts) {
     return readUnsigned(device, "nvmlDeviceGetPowerUsage", "power_mw", milliwatts);
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetComputeRunningProcesses_v3(
+    void* device, unsigned int* count, FakeProcessInfo* infos) {
+    const auto values = config();
+    if (failing(values, "nvmlDeviceGetComputeRunningProcesses_v3")) return kUnknownError;
+    const auto procs = deviceProcesses(values, device);
+    if (!infos || *count < procs.size()) {
+        *count = static_cast<unsigned int>(procs.size());
+        return procs.empty() ? kSuccess : kInsufficientSize;
+    }
+    for (std::size_t i = 0; i < procs.size(); ++i)
+        infos[i] = FakeProcessInfo{procs[i].first, 0, 0, 0};
+    *count = static_cast<unsigned int>(procs.size());
+    return kSuccess;
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetProcessUtilization(
+    void* device, FakeProcessSample* samples, unsigned int* count, unsigned long long) {
+    const auto values = config();
+    if (failing(values, "nvmlDeviceGetProcessUtilization")) return kUnknownError;
+    std::vector<FakeProcessSample> made;
+    for (const auto& [pid, share] : deviceProcesses(values, device)) {
+        if (share >= 0) made.push_back({pid, 1, static_cast<unsigned int>(share), 0, 0, 0});
+    }
+    if (made.empty()) return kNotFound;
+    if (!samples || *count < made.size()) {
+        *count = static_cast<unsigned int>(made.size());
+        return kInsufficientSize;
+    }
+    for (std::size_t i = 0; i < made.size(); ++i)
+        samples[i] = made[i];
+    *count = static_cast<unsigned int>(made.size());
+    return kSuccess;
 }
 #endif
 

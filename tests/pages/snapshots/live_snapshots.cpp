@@ -41,6 +41,14 @@ LiveInputs busyLaptop() {
     in.sensors = {NamedTemp{"coretemp Package id 0", 93.6, "hwmon coretemp Package id 0"},
                   NamedTemp{"amdgpu edge", 71.2, "hwmon amdgpu edge"},
                   NamedTemp{"BAT0", 38.0, "hwmon BAT0"}};
+    Forecast forecast;
+    forecast.kind = ForecastKind::critical;
+    forecast.eta = Seconds(238.4);
+    forecast.levelC = 104.2;
+    forecast.source = "CPU";
+    forecast.celsius = 93.6;
+    forecast.limitC = 100.0;
+    in.forecast = forecast;
     return in;
 }
 
@@ -55,6 +63,17 @@ LiveInputs forcedCritical() {
     return in;
 }
 
+// A busy laptop whose heat has a cause, one name of which is not valid UTF-8.
+LiveInputs heating() {
+    LiveInputs in = busyLaptop();
+    HeatCause cause;
+    cause.processes = {{"yes", 4242, 99.4}, {"cc1plus", 977, 35.0}, {"odd\xff name", 1201, 12.2}};
+    cause.services = {{"user@1000.service/app-firefox.scope", 14.0}};
+    cause.gpu = {{"blender", 77, 60.0}};
+    in.heatCause = cause;
+    return in;
+}
+
 }  // namespace
 
 nlohmann::json liveSnapshots() {
@@ -65,6 +84,7 @@ nlohmann::json liveSnapshots() {
     add("model-busy-laptop", busyLaptop());
     add("model-bare", LiveInputs{});
     add("model-forced-critical", forcedCritical());
+    add("model-heating", heating());
     return out;
 }
 

@@ -12,6 +12,17 @@ const dir = process.env.VELMORA_PAGE_SNAPSHOTS;
 const load = (file) => JSON.parse(fs.readFileSync(path.join(dir, file), 'utf8'));
 const renderCall = (view, mode) => `window.heatC && window.heatC.render(${JSON.stringify(view)}, '${mode}')`;
 const liveCall = (live) => `window.heatLive && window.heatLive.render(${JSON.stringify(live)})`;
+// The native side's stage script after a page load, for a calm machine.
+const stageScript = "(function(){ window.__HEAT_STAGE__ = 'none'; window.__HEAT_DEMO__ = 'none';"
+  + " if (typeof window.applyHeatStage === 'function') window.applyHeatStage('none'); })();";
+
+// What every live-bound element shows, and what the pages' binding makes of the model's value.
+const shownFigures = (page) => page.$$eval('[data-text]', (els) => els.map((e) => [e.getAttribute('data-text'), e.textContent]));
+function modelText(live, path) {
+  const value = path.split('.').reduce((node, key) => (node && typeof node === 'object' ? node[key] : undefined), live);
+  if (typeof value === 'string') return value;
+  return typeof value === 'number' && Number.isFinite(value) ? String(value) : 'n/a';
+}
 
 async function checkScreen(page, { mode, view }) {
   const shown = await page.$$eval('[data-screen]', (els) => els.filter((e) => !e.hidden).map((e) => e.getAttribute('data-screen')));
@@ -63,6 +74,26 @@ describe('pages fed by the real engine and live model', { skip: dir ? false : 'V
     });
   });
 
+  it('shows on every live-bound element of each page what the model sent, after a load as the shell does it', async () => {
+    for (const name of ['index', 'expanded', 'menubar']) {
+      await withPage(name, {}, async (page) => {
+        await page.evaluate(stageScript);
+        for (const { name: snapshot, live } of load('live-snapshots.json')) {
+          await page.evaluate(liveCall(live));
+          const figures = await shownFigures(page);
+          assert.ok(figures.length >= 5, `${name}: ${figures.length} bound figures`);
+          for (const [path, shown] of figures) {
+            assert.equal(shown, modelText(live, path), `${name} ${snapshot} ${path}`);
+          }
+          if (snapshot === 'model-busy-laptop') {
+            const readings = figures.filter(([, shown]) => shown !== 'n/a').length;
+            assert.ok(readings >= figures.length - 1, `${name}: only ${readings} of ${figures.length} figures have a value`);
+          }
+        }
+      });
+    }
+  });
+
   it('renders every live model snapshot on the home pages and the popover', async () => {
     for (const name of ['index', 'expanded', 'menubar']) {
       await withPage(name, {}, async (page) => {
@@ -71,6 +102,9 @@ describe('pages fed by the real engine and live model', { skip: dir ? false : 'V
           assert.equal(await text(page, '#level-label'), live.status.label);
           assert.equal(await text(page, '#cpu-temp'), live.cpuTemp.value);
           if (name !== 'expanded') assert.equal(await text(page, '#thermal-word'), live.thermal.value);
+          const forecastText = live.forecast ? live.forecast.text : '';
+          assert.equal(await visible(page, '#forecast'), forecastText !== '', `${name} ${snapshot}: forecast`);
+          if (forecastText) assert.equal(await text(page, '#forecast'), forecastText);
           if (name !== 'index') {
             assert.equal(await text(page, '#fan'), live.fan.value);
             assert.equal(await text(page, '#battery-state'), live.battery.state);

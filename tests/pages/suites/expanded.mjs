@@ -5,6 +5,8 @@ import { readFixture, renderLive, sent, TOKEN } from '../support/browser.mjs';
 import { withPage, click, text, visible } from '../support/session.mjs';
 
 const heat = (action) => ({ name: 'heat', body: { action, token: TOKEN } });
+// What the history graph asks for as soon as the page has loaded.
+const firstHistory = { name: 'heat', body: { action: 'history', range: '15m', token: TOKEN } };
 
 // The stage script exactly as the native side composes it after each page load.
 function stageScript(stage, demo) {
@@ -131,6 +133,7 @@ describe('expanded page', () => {
   it('shows no banner without a stage and the extreme banner with its four actions', async () => {
     await withPage('expanded', {}, async (page) => {
       assert.equal(await visible(page, '#stage-banner'), false);
+      assert.deepEqual(await sent(page), [firstHistory]);
       await page.evaluate(() => window.applyHeatStage('extreme'));
       assert.deepEqual(await sent(page), [heat('stageEnteredExtreme')]);
       assert.equal(await visible(page, '#stage-banner'), true);
@@ -148,7 +151,7 @@ describe('expanded page', () => {
   it('sends stageEnteredExtreme once per entry into extreme, never for an emergency', async () => {
     await withPage('expanded', {}, async (page) => {
       await page.evaluate(() => { window.applyHeatStage('extreme'); window.applyHeatStage('extreme'); });
-      assert.deepEqual(await sent(page), [heat('stageEnteredExtreme')]);
+      assert.deepEqual(await sent(page), [firstHistory, heat('stageEnteredExtreme')]);
       await page.evaluate(() => window.applyHeatStage('emergency'));
       assert.deepEqual(await sent(page), []);
       assert.equal(await text(page, '#banner-title'), 'Emergency heat');
@@ -187,7 +190,7 @@ describe('expanded page', () => {
   it('reads the injected stage globals at load', async () => {
     await withPage('expanded', { stage: 'extreme', demo: 'none' }, async (page) => {
       assert.equal(await visible(page, '#stage-banner'), true);
-      assert.deepEqual(await sent(page), [heat('stageEnteredExtreme')]);
+      assert.deepEqual(await sent(page), [firstHistory, heat('stageEnteredExtreme')]);
     });
   });
 });

@@ -151,6 +151,14 @@ describe('stagec page', () => {
       assert.equal(await text(page, '#settings-version'), '1.1');
       assert.equal(await text(page, '#settings-note'), readFixture('views', 'settings').thermalNote);
 
+      // "Notify me when it gets hot" rides with the render; an engine view alone leaves it on.
+      assert.equal(await text(page, '#notify-label'), 'Notify me when it gets hot');
+      assert.equal(await page.getAttribute('#notify-switch', 'aria-checked'), 'true');
+      assert.deepEqual(await click(page, '#notify-switch'), [stagec('notify', false)]);
+      await renderView(page, { ...readFixture('views', 'settings'), notifyWhenHot: false }, 'settings');
+      assert.equal(await page.getAttribute('#notify-switch', 'aria-checked'), 'false');
+      assert.deepEqual(await click(page, '#notify-switch'), [stagec('notify', true)]);
+
       await show(page, 'settings-off', 'settings');
       assert.equal(await page.getAttribute('#auto-switch', 'aria-checked'), 'false');
       assert.deepEqual(await click(page, '#auto-switch'), [stagec('toggle', true)]);
@@ -230,7 +238,7 @@ describe('stagec page', () => {
       }
     });
     assert.deepEqual([...actions].sort(), ['back', 'cancel', 'consent', 'dismissManual', 'dismissPerm',
-      'openAutomation', 'recheck', 'relief', 'settings', 'simdone', 'test', 'tips', 'toggle']);
+      'notify', 'openAutomation', 'recheck', 'relief', 'settings', 'simdone', 'test', 'tips', 'toggle']);
   });
 
   it('updates a countdown in place instead of rebuilding the page', async () => {

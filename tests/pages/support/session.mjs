@@ -43,7 +43,8 @@ export async function visible(page, selector) {
 
 // The ids of the visible buttons, in document order.
 export async function visibleButtons(page) {
-  return page.evaluate(() => Array.from(document.querySelectorAll('button'))
+  // Buttons and anything else made focusable on purpose (the history graph).
+  return page.evaluate(() => Array.from(document.querySelectorAll('button, [tabindex="0"]'))
     .filter((b) => b.getClientRects().length > 0 && getComputedStyle(b).visibility !== 'hidden')
     .map((b) => b.id || b.getAttribute('data-theme-choice') || b.textContent.trim()));
 }

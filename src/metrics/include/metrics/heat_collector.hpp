@@ -1,11 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "metrics/forecast_feed.hpp"
+#include "metrics/heat_cause_tracker.hpp"
 #include "metrics/live_inputs.hpp"
 #include "metrics/metrics_backend.hpp"
 #include "metrics/source_table.hpp"
@@ -35,8 +38,10 @@ class HeatCollector {
     std::optional<ThermalState> currentThermal(Timestamp now) const;
 
     std::string sensorSummary();
-    void assumeThermal(ThermalState previous) { backend_->assumeThermal(previous); }
-    std::vector<std::string> takeNotices() { return backend_->takeNotices(); }
+    void assumeThermal(ThermalState previous);
+    /// From now on each sample above NORMAL says what is heating the machine.
+    void setCauseTracker(std::unique_ptr<HeatCauseTracker> tracker) { cause_ = std::move(tracker); }
+    std::vector<std::string> takeNotices();
     std::vector<SourceRow> sourceTable() const;
     std::vector<ThermalLimit> thermalLimits() const { return backend_->thermalLimits(); }
 
@@ -45,17 +50,21 @@ class HeatCollector {
 
     /// A test override that replaces the platform's thermal state while set.
     std::optional<ThermalState> forcedThermal;
+    /// The monotonic clock the forecast measures its intervals on.
+    std::function<MonoTime()> monoClock = &MonoTime::now;
 
   private:
     void rememberCpuLoad(std::optional<double> cpuBusy);
     void rememberCpuTemp(const std::optional<TempReading>& cpuTemp);
 
     std::unique_ptr<MetricsBackend> backend_;
+    std::unique_ptr<HeatCauseTracker> cause_;
     std::vector<double> cpuHistory_;
     Level peak_ = Level::ok;
     std::optional<double> peakCpuTemp_;
     std::optional<LiveInputs> last_;
     std::optional<Timestamp> lastAt_;
+    ForecastFeed forecast_;
 };
 
 }  // namespace velmora

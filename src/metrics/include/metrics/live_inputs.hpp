@@ -4,8 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "metrics/heat_cause.hpp"
 #include "metrics/system_records.hpp"
 #include "metrics/temp_reading.hpp"
+#include "policy/forecast.hpp"
 #include "policy/level.hpp"
 #include "policy/thermal_state.hpp"
 
@@ -40,6 +42,11 @@ struct LiveInputs {
     std::vector<PowerReading> powerSources;
     /// Every battery; `battery` is their combination.
     std::vector<BatteryPack> batteries;
+    /// When the source nearest its critical limit will reach it; absent until the forecaster
+    /// has enough readings, and where the platform states no limits.
+    std::optional<Forecast> forecast;
+    /// What is heating the machine; only above NORMAL, and only where processes can be read.
+    std::optional<HeatCause> heatCause;
 
     bool operator==(const LiveInputs&) const = default;
 };

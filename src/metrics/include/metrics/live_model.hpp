@@ -23,8 +23,8 @@ std::string_view loadStage(double load, int cores);
 /// 0.25, 0.5, 0.75, 0.75, 1.0 from `ok` to `blowout`.
 double thermalFill(Level level);
 
-/// The dashboard's dictionary: all 29 keys, always present. The platform picks the name of the
-/// thermal state's source.
+/// The dashboard's dictionary: all 29 keys, always present, and "forecast" when there is one. The
+/// platform picks the name of the thermal state's source.
 nlohmann::json dictionary(const LiveInputs& inputs, Platform platform = hostPlatform);
 
 /// The dictionary as JSON text with sorted keys and unescaped slashes; "{}" if it cannot be

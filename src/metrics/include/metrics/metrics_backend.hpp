@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "metrics/limit_reading.hpp"
 #include "metrics/live_inputs.hpp"
 #include "policy/thermal_state.hpp"
 #include "policy/timestamp.hpp"
@@ -64,6 +65,9 @@ class MetricsBackend {
     virtual MetricSources sources() const = 0;
     /// The thresholds behind the derived thermal state; none where the OS states it itself.
     virtual std::vector<ThermalLimit> thermalLimits() const { return {}; }
+    /// The latest sample's sources that have a critical limit, each with its reading; none
+    /// where the OS states the thermal state itself.
+    virtual std::vector<LimitReading> limitReadings() const { return {}; }
     /// Tells a fresh backend the thermal state its predecessor last reported, so that a state
     /// that needed confirming stays confirmed across the change.
     virtual void assumeThermal(ThermalState /*previous*/) {}

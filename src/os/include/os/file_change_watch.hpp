@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <thread>
@@ -37,11 +38,14 @@ class FileChangeWatch {
     /// Whether a change notification is in place right now (false between a deleted directory
     /// and the fallback that finds it again, and on systems without notifications).
     [[nodiscard]] bool notifying() const { return watching_.load(); }
+    /// How often the thread has woken: by an event, however irrelevant, or for the fallback.
+    [[nodiscard]] std::uint64_t wakeups() const { return wakeups_.load(); }
 
   private:
     void run();
     bool addWatch();
     bool readEvents();
+    void watchFile();
 
     std::filesystem::path file_;
     std::function<void(bool)> changed_;
@@ -50,7 +54,9 @@ class FileChangeWatch {
     UniqueFd stopRead_;
     UniqueFd stopWrite_;
     int watch_ = -1;
+    int fileWatch_ = -1;
     std::atomic<bool> watching_{false};
+    std::atomic<std::uint64_t> wakeups_{0};
     std::thread thread_;
 };
 

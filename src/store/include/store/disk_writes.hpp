@@ -12,16 +12,14 @@ namespace velmora {
 /// to do for an empty path (the current directory) or a directory that exists.
 WriteError createDirectories(const std::filesystem::path& dir);
 
-/// Writes a private sibling temporary file, flushes it to the storage device, renames it over
-/// `target` and flushes the directory, so that a crash, a kill or a power cut at any moment
-/// leaves either the old or the new contents, never an empty or partial file. A symbolic link
-/// planted at `target` is replaced, never followed. The temporary file never outlives a
-/// failure; one left by a killed process is removed by removeStrayTemporaries.
+/// replaceFile (os/replace_file.hpp) with a file private to the user, flushed to the storage
+/// device with its folder, so that a crash, a kill or a power cut at any moment leaves either
+/// the old or the new contents; its failure in the store's words.
 WriteError replaceFileAtomically(const std::filesystem::path& target, std::string_view bytes);
 
-/// Removes the temporary files that replaceFileAtomically left in `dir` when its process was
-/// killed mid-write; files of a process that is still running are left alone. Returns how
-/// many were removed.
+/// Removes the temporary files of the settings and the marker that a killed process left in
+/// `dir`; those of a process that is still running are left alone. Returns how many were
+/// removed.
 int removeStrayTemporaries(const std::filesystem::path& dir);
 
 }  // namespace velmora

@@ -42,12 +42,22 @@ struct VendorGpu {
     std::optional<double> watts{};
 };
 
+/// One process running on a GPU and its share of that GPU's time, when the library tells.
+struct GpuProcessUse {
+    unsigned int pid = 0;
+    std::optional<double> percent{};
+
+    bool operator==(const GpuProcessUse&) const = default;
+};
+
 /// A vendor management library (NVIDIA's NVML); absent when the library is not installed.
 class GpuVendorLibrary {
   public:
     virtual ~GpuVendorLibrary() = default;
     virtual std::string libraryName() const = 0;
     virtual std::vector<VendorGpu> read() = 0;
+    /// The processes running on any of its GPUs; none where the library cannot list them.
+    virtual std::vector<GpuProcessUse> processes() { return {}; }
 };
 
 }  // namespace velmora

@@ -63,6 +63,7 @@ class LinuxBackend final : public MetricsBackend {
     std::string sensorSummary() override;
     MetricSources sources() const override;
     std::vector<ThermalLimit> thermalLimits() const override;
+    std::vector<LimitReading> limitReadings() const override;
 
     /// Where the power-saver state comes from (power-profiles-daemon on a live system).
     void setPowerProfiles(std::unique_ptr<PowerProfileSource> profiles) {
@@ -115,6 +116,7 @@ class LinuxBackend final : public MetricsBackend {
     std::optional<std::string> throttledGpu() const;
     std::optional<double> gpuCelsius(std::size_t index) const;
     std::optional<PowerReading> gpuPower();
+    std::string limitLabel(const ThermalSlot& slot) const;
     std::vector<DeviceSource> gpuSourceRows() const;
     void addZoneSensors(LiveInputs& in);
     void chooseHeadlineTemps(LiveInputs& in);

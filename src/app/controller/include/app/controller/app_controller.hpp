@@ -11,6 +11,7 @@
 #include "actuators/dry_run_shutdowner.hpp"
 #include "actuators/shutdowner.hpp"
 #include "actuators/sounder.hpp"
+#include "app/controller/history_recorder.hpp"
 #include "app/core/appearance.hpp"
 #include "app/core/launch_options.hpp"
 #include "app/core/main_loop.hpp"
@@ -47,6 +48,9 @@ struct AppServices {
     std::function<void(const std::string&)> logMirror;
     /// Given the application log once it is open, for parts made before it (the sound player).
     std::function<void(LogSink)> connectLog;
+    /// Given, once the engine is built, what cancels the countdown as the emergency page's
+    /// button does, for parts made before it (the desktop notifications' action).
+    std::function<void(std::function<void()>)> connectCountdownCancel;
 };
 
 /// The presentation's state, kept by the controller; tests read it through
@@ -92,6 +96,8 @@ class AppController {
     // What the shell reports.
     void receive(PageMessage message);
     void pageFinished(WebView view);
+    /// The main window's page can be seen again: it gets what it missed.
+    void mainViewSeenAgain();
     void menuAction(MenuAction action);
     void toggleMenuPopover();
     /// The user closed the main window: the application ends, as with Quit.
@@ -111,7 +117,10 @@ class AppController {
     /// The per-launch token that page messages must carry.
     const std::string& token() const { return token_; }
     AppearancePref appearance() const { return appearance_; }
+    bool notifyWhenHot() const { return notifyWhenHot_; }
     const PresentationState& presentation() const { return ui_; }
+    /// The kept history; null until `start` made it.
+    const HistoryRecorder* history() const { return history_.get(); }
     /// The watchdog; null until `start` built it.
     const Engine* engine() const { return engine_.get(); }
     /// The actuators `start` chose for the options.
@@ -163,8 +172,10 @@ class AppController {
     void handleTheme(const nlohmann::json& body);
     void handleEmergencyPageMessage(const nlohmann::json& body);
     void runEmergencyPageAction(const std::string& action, const nlohmann::json& body);
+    void cancelFromOutside();
     void handleHeat(const nlohmann::json& body);
     void runHeat(const std::string& action);
+    void sendHistory(const nlohmann::json& body);
     void onUserShutdownResult(const std::optional<ShutdownError>& error);
 
     // Presentation.
@@ -189,6 +200,8 @@ class AppController {
     void setupMenuBarItem();
     void updateAppearanceMenu();
     void updateMenuBarItem(const LiveInputs& inputs);
+    void setNotifyWhenHot(bool on);
+    void setFigureAsText(bool on);
 
     /// Wraps work for the loop so that it does nothing once the controller is gone.
     std::function<void()> guarded(std::function<void(AppController&)> work);
@@ -196,6 +209,9 @@ class AppController {
     const LaunchOptions opts_;
     const std::string token_;
     AppearancePref appearance_;
+    /// "Notify me when it gets hot" and "Temperature as text beside the icon".
+    bool notifyWhenHot_ = true;
+    bool figureAsText_ = false;
     PresentationState ui_;
     std::unique_ptr<HeatCollector> live_;
     /// The sampling thread, when the collector runs on one (then `live_` is empty).
@@ -214,6 +230,8 @@ class AppController {
     std::optional<TimerId> idleTimer_;
     std::optional<TimerId> liveTimer_;
     std::vector<std::shared_ptr<WatchdogObserver>> observers_;
+    /// The month of history the expanded page draws and the popup's sparkline shows.
+    std::shared_ptr<HistoryRecorder> history_;
     /// The thresholds of the latest sample, for the metrics file; with a sampler thread the
     /// collector is not the loop's to ask.
     std::vector<ThermalLimit> sampledLimits_;

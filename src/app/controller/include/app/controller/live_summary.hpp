@@ -17,5 +17,7 @@ std::string liveSummaryLine(const LiveInputs& inputs);
 std::string heatItemTitle(const LiveInputs& inputs);
 /// The system's label colour at ok, yellow at warm, red above.
 HeatColor heatItemColor(const LiveInputs& inputs);
+/// The heat item's figure and tooltip.
+HeatItemDetails heatItemDetails(const LiveInputs& inputs);
 
 }  // namespace velmora

@@ -19,7 +19,14 @@ struct PlatformParts {
 PlatformParts makePlatformParts(const LaunchOptions& opts, const PlatformEnvironment& env,
                                 const std::filesystem::path& resources);
 
-/// A collector over the platform's backend, with the forced thermal state applied.
+/// A collector over the platform's backend, with the forced thermal state applied; the same
+/// on every platform.
 std::unique_ptr<HeatCollector> makePlatformCollector(const LaunchOptions& opts);
+
+/// Runs the watchdog in the platform's shell until it ends and returns the exit status: on
+/// Linux the desktop window when a display may exist (from its module), else the headless
+/// watchdog (app/main/platform_shell_linux.cpp); on macOS the Cocoa application
+/// (app/cocoa/platform_shell_apple.cpp).
+int runPlatformShell(LaunchOptions opts, const PlatformEnvironment& env);
 
 }  // namespace velmora

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/core/switch_table.hpp"
@@ -29,6 +30,9 @@ struct ScannedArguments {
 /// applications ("-psn_…", "-NS…" and "-Apple…", the latter two with their value) are skipped.
 /// A value may not begin with "-", so that a forgotten value never swallows the next switch.
 ScannedArguments scanArguments(const std::vector<std::string>& args);
+
+/// Whether the switch `name` ("--help") was given correctly.
+bool switchGiven(const ScannedArguments& scanned, std::string_view name);
 
 /// Why the command line must be refused (exit status 2), or nothing when it may be used.
 std::optional<std::string> commandLineProblem(const std::vector<std::string>& args);

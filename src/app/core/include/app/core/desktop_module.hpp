@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -8,8 +9,9 @@
 
 namespace velmora {
 
-/// What the executable gives the desktop module: plain data only, because the module carries
-/// its own copy of the watchdog's code and makes its own parts from it.
+/// What the executable gives the desktop module. Both are linked to the one shared library
+/// that holds the watchdog's code, so C++ objects may cross, as long as both sides were
+/// built against the same headers: desktopModuleAbi says so.
 struct DesktopRequest {
     const LaunchOptions* opts;
     const PlatformEnvironment* env;
@@ -19,9 +21,20 @@ struct DesktopRequest {
 /// The module's answer when GTK cannot open the display; any other value is the exit status.
 inline constexpr int desktopNoDisplay = -1;
 
-/// The module's one exported function, looked up by this name.
-inline constexpr const char* desktopEntryName = "velmora_desktop_main";
-using DesktopEntry = int (*)(const DesktopRequest*);
+/// Raised whenever DesktopRequest, DesktopModule or a type either reaches (LaunchOptions,
+/// PlatformEnvironment) changes its layout, so that an executable never runs a module built
+/// for another one. The program's version is checked beside it.
+inline constexpr unsigned desktopModuleAbi = 2;
+
+/// The module's one exported symbol, a constant looked up by the name desktopEntryName.
+struct DesktopModule {
+    unsigned abi;
+    /// The program version the module was built as (watchdog::version).
+    const char* version;
+    int (*run)(const DesktopRequest*);
+};
+
+inline constexpr const char* desktopEntryName = "velmora_desktop_module";
 
 /// The module's file name, looked for beside the executable (the build tree), then in the
 /// installed module folder.
@@ -31,6 +44,10 @@ inline constexpr const char* desktopModuleName = "velmora-heat-monitor-desktop.s
 struct DesktopUnavailable {
     std::string reason;
 };
+
+/// Why `module` may not be run by this executable, or nothing when its ABI number and
+/// version are this executable's own.
+std::optional<std::string> desktopModuleMismatch(const DesktopModule& module);
 
 /// Runs the desktop window from its module; its exit status, or why there is no window.
 std::variant<int, DesktopUnavailable> runDesktopModule(const LaunchOptions& opts,

@@ -28,6 +28,8 @@ struct LaunchOptions {
     bool diagnose = false;
     /// Where to write the Prometheus text file; empty for none.
     std::filesystem::path metricsFile;
+    /// Where to write the history as CSV, "-" for standard output; empty for no export.
+    std::string exportHistory;
     bool help = false;
     bool version = false;
 

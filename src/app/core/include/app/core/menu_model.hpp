@@ -18,6 +18,9 @@ enum class MenuAction {
     appearanceAuto,
     appearanceLight,
     appearanceDark,
+    /// Check items of the heat item's menu, switched each time they are chosen.
+    notifyWhenHot,
+    figureAsText,
 };
 
 struct MenuItem {

@@ -39,6 +39,14 @@ struct Rgb {
 /// The heat item's colours: the system's label, yellow and red, which follow the appearance.
 enum class HeatColor { label, yellow, red };
 
+/// What the heat item shows besides its title: the figure its icon carries and its tooltip.
+struct HeatItemDetails {
+    std::optional<double> celsius;
+    std::string tooltipTitle;
+    std::string tooltipText;
+    bool operator==(const HeatItemDetails&) const = default;
+};
+
 struct AlertSpec {
     std::string message;
     std::string informative;
@@ -71,6 +79,9 @@ class Shell {
     /// Sizes the content, centres the window, shows it and brings the application forward.
     virtual void showMainWindow(Size contentSize) = 0;
     virtual bool windowVisible() const = 0;
+    /// Whether anyone can see the main window's page now: false while it is minimised,
+    /// hidden or wholly covered. A shell that cannot tell says true.
+    virtual bool mainViewSeen() const { return true; }
 
     // Web views.
     /// The bundled page file of that name ("index", "stagec", …), when it is shipped.
@@ -91,6 +102,8 @@ class Shell {
     virtual void createHeatItem(const std::string& title, const std::string& documentStartScript,
                                 Size popoverSize) = 0;
     virtual void setHeatItemTitle(const std::string& title, HeatColor color) = 0;
+    /// The figure and the tooltip; a shell whose item has neither ignores them.
+    virtual void setHeatItemDetails(const HeatItemDetails& /*details*/) {}
     virtual bool popoverShown() const = 0;
     virtual void showPopover() = 0;
     virtual void closePopover() = 0;

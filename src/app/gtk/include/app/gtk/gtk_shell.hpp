@@ -26,6 +26,8 @@ struct ShellEvents {
     std::function<void()> windowClosed;
     /// "Live readings…" of the tray item: the controller toggles the popup.
     std::function<void()> heatItemActivated;
+    /// The main window's page can be seen again after it was minimised, hidden or covered.
+    std::function<void()> mainViewSeenAgain;
 };
 
 /// The desktop window on Linux: a GTK application window with a header bar and its menu,
@@ -54,6 +56,7 @@ class GtkShell final : public Shell {
     void setWindowFrame(const Rect& frame, bool animate) override;
     void showMainWindow(Size contentSize) override;
     bool windowVisible() const override;
+    bool mainViewSeen() const override;
 
     std::optional<std::filesystem::path> pageFile(std::string_view name) const override;
     void loadPage(WebView view, const std::filesystem::path& file,
@@ -68,6 +71,7 @@ class GtkShell final : public Shell {
     void createHeatItem(const std::string& title, const std::string& documentStartScript,
                         Size popoverSize) override;
     void setHeatItemTitle(const std::string& title, HeatColor color) override;
+    void setHeatItemDetails(const HeatItemDetails& details) override;
     bool popoverShown() const override;
     void showPopover() override;
     void closePopover() override;
@@ -92,6 +96,12 @@ class GtkShell final : public Shell {
 
   private:
     static gboolean onDelete(GtkWidget* widget, GdkEvent* event, gpointer self);
+    // What can hide the page (gtk_shell_visibility.cpp).
+    void watchVisibility();
+    static gboolean onWindowState(GtkWidget* widget, GdkEventWindowState* event, gpointer self);
+    static gboolean onVisibility(GtkWidget* widget, GdkEvent* event, gpointer self);
+    static gboolean onMapped(GtkWidget* widget, GdkEvent* event, gpointer self);
+    void visibilityChanged(bool seenBefore);
     static void onSheetResponse(GtkDialog* dialog, gint response, gpointer self);
     void addMenuActions();
     /// The main window's view or the popup's; absent while that view does not exist.
@@ -100,6 +110,7 @@ class GtkShell final : public Shell {
     void addOwnIcons() const;
     HeatItemActions heatItemActions();
     bool switchStartAtLogin(bool on);
+    void checkHeatItemEntry(MenuAction action, bool checked);
     void applyDarkPreference();
     /// The bottom-left-origin frame of GDK's top-left rectangle, against the monitor.
     Rect fromGdk(const GdkRectangle& area) const;
@@ -123,6 +134,8 @@ class GtkShell final : public Shell {
     mutable std::set<std::string> missingPages_;
     std::unique_ptr<TrayPopup> popup_;
     std::unique_ptr<HeatItem> heatItem_;
+    bool iconified_ = false;
+    bool obscured_ = false;
 };
 
 }  // namespace velmora
