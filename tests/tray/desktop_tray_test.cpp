@@ -527,8 +527,8 @@ TEST_F(DesktopTray, PopupOpensWithTheLiveReadingsFollowsTheAppearanceAndClosesOn
         ASSERT_TRUE(d.waitUntil([&] { return shell.popoverShown(); }, 5));
         EXPECT_TRUE(waitForPopupJs(d, popupCpuScript, "75°C"));
         EXPECT_TRUE(waitForPopupJs(d, popupThemeScript, "light"));
-        EXPECT_TRUE(showsTheLiveFigures(
-            d, [&](const std::string& script) { return popupJs(d, script); }));
+        EXPECT_TRUE(
+            showsTheLiveFigures(d, [&](const std::string& script) { return popupJs(d, script); }));
 
         // Another window taking the focus closes it, as a click elsewhere does.
         loseFocus(window);
