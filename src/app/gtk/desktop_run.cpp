@@ -23,10 +23,6 @@
 namespace velmora {
 
 bool openDesktopDisplay() {
-    // The pages are static: without accelerated compositing neither this process nor a web
-    // process sets up GL, where the settings' policy alone still leaves a GL context and its
-    // buffers in each. Read when the display opens, so set first; a user's own choice wins.
-    g_setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", FALSE);
     return gtk_init_check(nullptr, nullptr) == TRUE;
 }
 
