@@ -16,7 +16,7 @@ needed() { readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'; }
 needed "$exe" | grep -qx "$(basename "$core")" || fail "the executable does not use $(basename "$core")"
 needed "$module" | grep -qx "$(basename "$core")" || fail "the module does not use $(basename "$core")"
 for file in "$exe" "$core"; do
-  if needed "$file" | grep -q -e libgtk -e libwebkit2gtk -e libayatana; then
+  if needed "$file" | grep -q -e libgtk -e libwebkit2gtk -e libdbusmenu; then
     fail "$(basename "$file") needs the toolkit: $(needed "$file" | tr '\n' ' ')"
   fi
 done
