@@ -30,7 +30,7 @@ nlohmann::json historyRequest(const AppHarness& h, const std::string& range) {
 
 TEST(PageHistory, ARangeAskedWithTheTokenIsAnsweredWithThePointsKept) {
     AppHarness h;
-    h.readings->cpuBusy = 42.0;
+    h.readings->repeat.cpuBusy = 42.0;
     h.launch();
     h.awaitHistory();
     h.loop.advance(Seconds(6));
@@ -68,7 +68,7 @@ TEST(PageHistory, AnUnknownRangeIsLoggedAndAnswersNothing) {
 
 TEST(PageHistory, ThePopupIsGivenTheLastFifteenMinutesBeforeTheReadings) {
     AppHarness h;
-    h.readings->cpuBusy = 10.0;
+    h.readings->repeat.cpuBusy = 10.0;
     h.launch();
     h.awaitHistory();
     h.loop.advance(Seconds(30));
