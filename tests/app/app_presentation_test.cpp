@@ -140,7 +140,7 @@ TEST(StagePresentation, TheNotificationsCancelIsThePagesCancel) {
     EXPECT_TRUE(h.logged("ui: countdown cancel asked from the desktop notification"));
     EXPECT_TRUE(h.logged("stage-c: user pressed Keep working · Cancel during the countdown"));
     EXPECT_EQ(h.shell.title, "Velmora Heat Monitor · TEST MODE");
-    EXPECT_EQ(h.app->engine()->snapshot().real.state, CountdownState::grace);
+    EXPECT_EQ(h.app->engine()->snapshot().real.state(), CountdownState::grace);
 }
 
 TEST(StagePresentation, FiredCountdownReadsShuttingDownButTheTitleKeepsItsSeconds) {

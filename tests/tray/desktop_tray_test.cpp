@@ -272,7 +272,7 @@ TEST_F(DesktopTray, TheCountdownsNotificationCancelsTheRealCountdown) {
         EXPECT_TRUE(d.waitForLog("ui: countdown cancel asked from the desktop notification", 5));
         EXPECT_TRUE(d.waitUntil(
             [&] {
-                return d.session.app.engine()->snapshot().real.state != CountdownState::countdown;
+                return d.session.app.engine()->snapshot().real.state() != CountdownState::countdown;
             },
             5));
         EXPECT_EQ(d.countLog("shutdown: DRY-RUN: would run"), 0);
