@@ -43,7 +43,7 @@ gboolean GtkShell::onMapped(GtkWidget* /*widget*/, GdkEvent* /*event*/, gpointer
     return FALSE;
 }
 
-void GtkShell::visibilityChanged(bool seenBefore) {
+void GtkShell::visibilityChanged(bool seenBefore) const {
     if (!seenBefore && mainViewSeen() && events_.mainViewSeenAgain) events_.mainViewSeenAgain();
 }
 

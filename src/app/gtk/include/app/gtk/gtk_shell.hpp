@@ -101,7 +101,7 @@ class GtkShell final : public Shell {
     static gboolean onWindowState(GtkWidget* widget, GdkEventWindowState* event, gpointer self);
     static gboolean onVisibility(GtkWidget* widget, GdkEvent* event, gpointer self);
     static gboolean onMapped(GtkWidget* widget, GdkEvent* event, gpointer self);
-    void visibilityChanged(bool seenBefore);
+    void visibilityChanged(bool seenBefore) const;
     static void onSheetResponse(GtkDialog* dialog, gint response, gpointer self);
     void addMenuActions();
     /// The main window's view or the popup's; absent while that view does not exist.
